@@ -1,0 +1,52 @@
+// How long decoding a full page of pull requests takes: 100 pull requests shaped like Gitea's own
+// answer, every field included (most of which the records ignore).
+
+#include "fixtures.h"
+#include "records.h"
+
+#include <QJsonDocument>
+#include <QtTest>
+
+using namespace kestrine;
+
+class BenchDecode : public QObject
+{
+    Q_OBJECT
+
+private:
+    QByteArray page = fixtures::pullRequestList(100);
+
+private slots:
+    void initTestCase() { qInfo("page size: %lld bytes", static_cast<long long>(page.size())); }
+
+    void parseJsonOnly()
+    {
+        QBENCHMARK
+        {
+            const QJsonDocument document = QJsonDocument::fromJson(page);
+            QVERIFY(document.isArray());
+        }
+    }
+
+    void decodePullRequestPage()
+    {
+        QBENCHMARK
+        {
+            const auto pulls = decodeJson<QList<PullRequest>>(page);
+            QCOMPARE(pulls.size(), 100);
+        }
+    }
+
+    void encodePullRequestPage()
+    {
+        const auto pulls = decodeJson<QList<PullRequest>>(page);
+        QBENCHMARK
+        {
+            const QByteArray bytes = QJsonDocument(encodeJson(pulls).toArray()).toJson();
+            QVERIFY(!bytes.isEmpty());
+        }
+    }
+};
+
+QTEST_GUILESS_MAIN(BenchDecode)
+#include "bench_decode.moc"

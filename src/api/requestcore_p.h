@@ -1,0 +1,62 @@
+#pragma once
+
+// How GiteaClient forms a request, maps the answer and decodes it. Not part of the API layer's
+// public surface: the rest of the app calls the client's endpoint operations only.
+
+#include "apierror.h"
+#include "giteaclient.h"
+#include "jsoncodec.h"
+
+#include <QByteArray>
+#include <QCoroTask>
+#include <QList>
+#include <QNetworkRequest>
+#include <QString>
+#include <QUrl>
+#include <optional>
+#include <utility>
+
+namespace kestrine::http {
+
+using QueryItems = QList<std::pair<QString, QString>>;
+
+/// instance URL + "api/v1" + `path`, then the query items in order (none: no "?").
+QUrl requestURL(const QUrl &instanceURL, const QString &path,
+                const std::optional<QueryItems> &query);
+
+/// The request with every header the client sends.
+QNetworkRequest buildRequest(const GiteaClient &client, const QString &path,
+                             const std::optional<QueryItems> &query, bool hasBody);
+
+/// The server's message from an error body: a JSON object whose values are all strings and that
+/// has the key "message". Anything else has no message.
+std::optional<QString> serverMessage(const QByteArray &body);
+
+/// Sends one request and answers the body of a 2xx response. Fails with APIError for every other
+/// HTTP outcome (after writing its log line) and with TransportError, unlogged, when no HTTP
+/// answer arrived. `path` has no leading "/" and is logged as given.
+QCoro::Task<QByteArray> request(GiteaClient client, QString path, QByteArray method,
+                                std::optional<QueryItems> query = std::nullopt,
+                                std::optional<QByteArray> body = std::nullopt);
+
+/// The body decoded as `T`; a decoding failure becomes APIError::decoding.
+template <class T>
+T decodeBody(const QByteArray &bytes)
+{
+    try {
+        return decodeJson<T>(bytes);
+    } catch (const DecodeError &error) {
+        throw APIError::decoding(error.description());
+    }
+}
+
+/// GET `path` and decode the body as `T`. Logs nothing beyond the request's own line.
+template <class T>
+QCoro::Task<T> get(GiteaClient client, QString path, std::optional<QueryItems> query = std::nullopt)
+{
+    const QByteArray bytes = co_await request(std::move(client), std::move(path),
+                                              QByteArrayLiteral("GET"), std::move(query));
+    co_return decodeBody<T>(bytes);
+}
+
+} // namespace kestrine::http

@@ -1,0 +1,52 @@
+#pragma once
+
+#include <QCoroTask>
+#include <exception>
+#include <optional>
+
+namespace kestrine::testing {
+
+/// What a coroutine ended with: its value or the exception it threw.
+template <class T>
+struct Outcome
+{
+    std::optional<T> value;
+    std::exception_ptr error;
+
+    /// The thrown exception if it is an `E`, else null.
+    template <class E>
+    std::optional<E> errorAs() const
+    {
+        if (!error)
+            return std::nullopt;
+        try {
+            std::rethrow_exception(error);
+        } catch (const E &e) {
+            return e;
+        } catch (...) {
+        }
+        return std::nullopt;
+    }
+};
+
+template <class T>
+QCoro::Task<Outcome<T>> capture(QCoro::Task<T> task)
+{
+    Outcome<T> outcome;
+    try {
+        outcome.value = co_await std::move(task);
+    } catch (...) {
+        outcome.error = std::current_exception();
+    }
+    co_return outcome;
+}
+
+/// Runs `task` to its end in a nested event loop. Unlike QCoro::waitFor, a task that throws
+/// does not leave the loop running forever.
+template <class T>
+Outcome<T> runToEnd(QCoro::Task<T> task)
+{
+    return QCoro::waitFor(capture(std::move(task)));
+}
+
+} // namespace kestrine::testing
