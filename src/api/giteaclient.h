@@ -1,12 +1,15 @@
 #pragma once
 
 #include "logsink.h"
+#include "records.h"
 
+#include <QCoroTask>
 #include <QNetworkAccessManager>
 #include <QPointer>
 #include <QString>
 #include <QUrl>
 #include <chrono>
+#include <optional>
 
 namespace kestrine {
 
@@ -30,6 +33,43 @@ public:
     QNetworkAccessManager *session() const { return m_session; }
     LogSink *log() const { return m_log; }
     std::chrono::milliseconds timeout() const { return m_timeout; }
+
+    // The Gitea endpoints the app uses. Each fails with APIError or TransportError as the request
+    // core describes, leaves exactly one log line, and neither catches nor retries anything.
+    // `owner` and `repo` are inserted into paths as given (a repository's owner login and name).
+
+    /// The repositories the token can see, 50 a page, at most 10 pages (500 repositories): a
+    /// failing page fails the whole call.
+    QCoro::Task<QList<Repository>> repos() const;
+    /// One page of at most 100 open pull requests; there is no paging here on purpose.
+    QCoro::Task<QList<PullRequest>> pullRequests(QString owner, QString repo) const;
+    QCoro::Task<PullRequest> pullRequest(QString owner, QString repo, qint64 number) const;
+    QCoro::Task<PRUser> currentUser() const;
+    QCoro::Task<QList<PullReview>> reviews(QString owner, QString repo, qint64 number) const;
+    QCoro::Task<QList<IssueComment>> comments(QString owner, QString repo, qint64 number) const;
+    QCoro::Task<QList<ChangedFile>> changedFiles(QString owner, QString repo, qint64 number) const;
+    QCoro::Task<QList<PRCommit>> commits(QString owner, QString repo, qint64 number) const;
+    /// The pull request's unified diff as text; a body that is not UTF-8 is an invalid response.
+    QCoro::Task<QString> diff(QString owner, QString repo, qint64 number) const;
+    /// The Actions runs of one head commit (at most 20).
+    QCoro::Task<QList<ActionRun>> runs(QString owner, QString repo, QString sha) const;
+    QCoro::Task<QList<ActionJob>> jobs(QString owner, QString repo, qint64 runID) const;
+    /// A job's raw log as text; a body that is not UTF-8 is an invalid response.
+    QCoro::Task<QString> jobLogs(QString owner, QString repo, qint64 jobID) const;
+    QCoro::Task<> rerun(QString owner, QString repo, qint64 runID) const;
+    /// `method` is Gitea's "Do" value: "merge", "rebase" or "squash".
+    QCoro::Task<> merge(QString owner, QString repo, qint64 number, QString method,
+                        bool deleteBranchAfterMerge) const;
+    /// `state` is "closed" or "open".
+    QCoro::Task<> setState(QString owner, QString repo, qint64 number, QString state) const;
+    /// `state` is the app's choice: "approved", "changes", or anything else for a comment.
+    QCoro::Task<PullReview> submitReview(QString owner, QString repo, qint64 number, QString state,
+                                         std::optional<QString> comment) const;
+    QCoro::Task<IssueComment> postComment(QString owner, QString repo, qint64 number,
+                                          QString body) const;
+    /// Brings the head branch up to date with its base.
+    QCoro::Task<> updateBranch(QString owner, QString repo, qint64 number) const;
+    QCoro::Task<> deleteBranch(QString owner, QString repo, QString branch) const;
 
     /// A copy whose requests are cancelled when `scope` is destroyed: a screen's model passes
     /// itself (or a per-load child) so that leaving the screen abandons its requests. A cancelled

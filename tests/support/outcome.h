@@ -29,6 +29,10 @@ struct Outcome
     }
 };
 
+/// A task without a value either completes or throws.
+struct Completion
+{};
+
 template <class T>
 QCoro::Task<Outcome<T>> capture(QCoro::Task<T> task)
 {
@@ -41,10 +45,27 @@ QCoro::Task<Outcome<T>> capture(QCoro::Task<T> task)
     co_return outcome;
 }
 
+inline QCoro::Task<Outcome<Completion>> capture(QCoro::Task<> task)
+{
+    Outcome<Completion> outcome;
+    try {
+        co_await std::move(task);
+        outcome.value = Completion{};
+    } catch (...) {
+        outcome.error = std::current_exception();
+    }
+    co_return outcome;
+}
+
 /// Runs `task` to its end in a nested event loop. Unlike QCoro::waitFor, a task that throws
 /// does not leave the loop running forever.
 template <class T>
 Outcome<T> runToEnd(QCoro::Task<T> task)
+{
+    return QCoro::waitFor(capture(std::move(task)));
+}
+
+inline Outcome<Completion> runToEnd(QCoro::Task<> task)
 {
     return QCoro::waitFor(capture(std::move(task)));
 }

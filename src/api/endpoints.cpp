@@ -1,0 +1,297 @@
+// The Gitea endpoints behind GiteaClient's operations. Each member hands a copy of the client to
+// a free coroutine, so a request stays valid even when the client it was called on is gone.
+
+#include "giteaclient.h"
+#include "requestcore_p.h"
+
+#include <QJsonDocument>
+#include <QStringDecoder>
+
+namespace kestrine {
+namespace {
+
+using http::QueryItems;
+
+constexpr int repositoriesPerPage = 50;
+constexpr int maxRepositoryPages = 10;
+
+/// Gitea wraps some lists in an object, e.g. {"workflow_runs": [...], "total_count": 3}. An absent
+/// or null list is an empty one.
+template <class Item, const char *Key>
+struct ListEnvelope
+{
+    using List = QList<Item>;
+    std::optional<List> items;
+
+    static constexpr auto fields() { return std::tuple{field(Key, &ListEnvelope::items)}; }
+};
+
+constexpr char workflowRunsKey[] = "workflow_runs";
+constexpr char jobsKey[] = "jobs";
+using RunsEnvelope = ListEnvelope<ActionRun, workflowRunsKey>;
+using JobsEnvelope = ListEnvelope<ActionJob, jobsKey>;
+
+struct MergeBody
+{
+    QString method;
+    bool deleteBranchAfterMerge = false;
+
+    static constexpr auto fields()
+    {
+        return std::tuple{field("Do", &MergeBody::method),
+                          field("delete_branch_after_merge", &MergeBody::deleteBranchAfterMerge)};
+    }
+};
+
+struct StateBody
+{
+    QString state;
+
+    static constexpr auto fields() { return std::tuple{field("state", &StateBody::state)}; }
+};
+
+struct ReviewBody
+{
+    QString event;
+    std::optional<QString> body;
+
+    static constexpr auto fields()
+    {
+        return std::tuple{field("event", &ReviewBody::event), field("body", &ReviewBody::body)};
+    }
+};
+
+struct CommentBody
+{
+    QString body;
+
+    static constexpr auto fields() { return std::tuple{field("body", &CommentBody::body)}; }
+};
+
+template <JsonRecord T>
+QByteArray jsonBody(const T &body)
+{
+    return QJsonDocument(encodeJson(body).toObject()).toJson(QJsonDocument::Compact);
+}
+
+QString repoPath(const QString &owner, const QString &repo)
+{
+    return QStringLiteral("repos/") + owner + u'/' + repo;
+}
+
+QString pullPath(const QString &owner, const QString &repo, qint64 number)
+{
+    return repoPath(owner, repo) + QStringLiteral("/pulls/") + QString::number(number);
+}
+
+QString issuePath(const QString &owner, const QString &repo, qint64 number)
+{
+    return repoPath(owner, repo) + QStringLiteral("/issues/") + QString::number(number);
+}
+
+QString runPath(const QString &owner, const QString &repo, qint64 runID)
+{
+    return repoPath(owner, repo) + QStringLiteral("/actions/runs/") + QString::number(runID);
+}
+
+QString reviewEvent(const QString &state)
+{
+    if (state == u"approved")
+        return QStringLiteral("APPROVED");
+    if (state == u"changes")
+        return QStringLiteral("REQUEST_CHANGES");
+    return QStringLiteral("COMMENT");
+}
+
+/// Branch names may hold "/" (kept: it is allowed in a path) as well as blanks, "#" or "%",
+/// which are escaped here once; the URL builder keeps existing escapes as they are.
+QString encodedBranch(const QString &branch)
+{
+    return QString::fromLatin1(
+        QUrl::toPercentEncoding(branch, QByteArrayLiteral("!$&'()*+,;=:@/")));
+}
+
+QString utf8Text(const QByteArray &bytes)
+{
+    QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
+    QString text = decoder(bytes);
+    if (decoder.hasError())
+        throw APIError::invalidResponse();
+    return text;
+}
+
+QCoro::Task<QList<Repository>> fetchRepos(GiteaClient client)
+{
+    QList<Repository> all;
+    for (int page = 1; page <= maxRepositoryPages; ++page) {
+        const QueryItems query{{QStringLiteral("page"), QString::number(page)},
+                               {QStringLiteral("limit"), QString::number(repositoriesPerPage)}};
+        const QByteArray bytes =
+            co_await http::request(client, QStringLiteral("user/repos"), "GET", query);
+        const auto pageItems = http::decodeBody<QList<Repository>>(bytes);
+        all.append(pageItems);
+        if (pageItems.size() < repositoriesPerPage)
+            break;
+    }
+    co_return all;
+}
+
+template <class T>
+QCoro::Task<T> fetch(GiteaClient client, QString path, std::optional<QueryItems> query = {})
+{
+    co_return co_await http::get<T>(std::move(client), std::move(path), std::move(query));
+}
+
+QCoro::Task<QString> fetchText(GiteaClient client, QString path)
+{
+    const QByteArray bytes = co_await http::request(std::move(client), std::move(path), "GET");
+    co_return utf8Text(bytes);
+}
+
+template <class Envelope>
+QCoro::Task<typename Envelope::List> fetchEnvelope(GiteaClient client, QString path,
+                                                   std::optional<QueryItems> query)
+{
+    const Envelope envelope =
+        co_await http::get<Envelope>(std::move(client), std::move(path), std::move(query));
+    co_return envelope.items.value_or(typename Envelope::List());
+}
+
+QCoro::Task<> send(GiteaClient client, QString path, QByteArray method,
+                   std::optional<QByteArray> body = std::nullopt)
+{
+    co_await http::request(std::move(client), std::move(path), std::move(method), std::nullopt,
+                           std::move(body));
+}
+
+template <class T>
+QCoro::Task<T> sendAndDecode(GiteaClient client, QString path, QByteArray body)
+{
+    const QByteArray bytes =
+        co_await http::request(std::move(client), std::move(path), "POST", std::nullopt, body);
+    co_return http::decodeBody<T>(bytes);
+}
+
+} // namespace
+
+QCoro::Task<QList<Repository>> GiteaClient::repos() const
+{
+    return fetchRepos(*this);
+}
+
+QCoro::Task<QList<PullRequest>> GiteaClient::pullRequests(QString owner, QString repo) const
+{
+    return fetch<QList<PullRequest>>(*this, repoPath(owner, repo) + QStringLiteral("/pulls"),
+                                     QueryItems{{QStringLiteral("state"), QStringLiteral("open")},
+                                                {QStringLiteral("limit"), QStringLiteral("100")}});
+}
+
+QCoro::Task<PullRequest> GiteaClient::pullRequest(QString owner, QString repo, qint64 number) const
+{
+    return fetch<PullRequest>(*this, pullPath(owner, repo, number));
+}
+
+QCoro::Task<PRUser> GiteaClient::currentUser() const
+{
+    return fetch<PRUser>(*this, QStringLiteral("user"));
+}
+
+QCoro::Task<QList<PullReview>> GiteaClient::reviews(QString owner, QString repo,
+                                                    qint64 number) const
+{
+    return fetch<QList<PullReview>>(*this,
+                                    pullPath(owner, repo, number) + QStringLiteral("/reviews"));
+}
+
+QCoro::Task<QList<IssueComment>> GiteaClient::comments(QString owner, QString repo,
+                                                       qint64 number) const
+{
+    return fetch<QList<IssueComment>>(*this,
+                                      issuePath(owner, repo, number) + QStringLiteral("/comments"));
+}
+
+QCoro::Task<QList<ChangedFile>> GiteaClient::changedFiles(QString owner, QString repo,
+                                                          qint64 number) const
+{
+    return fetch<QList<ChangedFile>>(*this,
+                                     pullPath(owner, repo, number) + QStringLiteral("/files"));
+}
+
+QCoro::Task<QList<PRCommit>> GiteaClient::commits(QString owner, QString repo, qint64 number) const
+{
+    return fetch<QList<PRCommit>>(*this,
+                                  pullPath(owner, repo, number) + QStringLiteral("/commits"));
+}
+
+QCoro::Task<QString> GiteaClient::diff(QString owner, QString repo, qint64 number) const
+{
+    return fetchText(*this, pullPath(owner, repo, number) + QStringLiteral(".diff"));
+}
+
+QCoro::Task<QList<ActionRun>> GiteaClient::runs(QString owner, QString repo, QString sha) const
+{
+    return fetchEnvelope<RunsEnvelope>(*this,
+                                       repoPath(owner, repo) + QStringLiteral("/actions/runs"),
+                                       QueryItems{{QStringLiteral("head_sha"), sha},
+                                                  {QStringLiteral("limit"), QStringLiteral("20")}});
+}
+
+QCoro::Task<QList<ActionJob>> GiteaClient::jobs(QString owner, QString repo, qint64 runID) const
+{
+    return fetchEnvelope<JobsEnvelope>(*this, runPath(owner, repo, runID) + QStringLiteral("/jobs"),
+                                       std::nullopt);
+}
+
+QCoro::Task<QString> GiteaClient::jobLogs(QString owner, QString repo, qint64 jobID) const
+{
+    return fetchText(*this, repoPath(owner, repo) + QStringLiteral("/actions/jobs/") +
+                                QString::number(jobID) + QStringLiteral("/logs"));
+}
+
+QCoro::Task<> GiteaClient::rerun(QString owner, QString repo, qint64 runID) const
+{
+    return send(*this, runPath(owner, repo, runID) + QStringLiteral("/rerun"), "POST");
+}
+
+QCoro::Task<> GiteaClient::merge(QString owner, QString repo, qint64 number, QString method,
+                                 bool deleteBranchAfterMerge) const
+{
+    return send(*this, pullPath(owner, repo, number) + QStringLiteral("/merge"), "POST",
+                jsonBody(MergeBody{std::move(method), deleteBranchAfterMerge}));
+}
+
+QCoro::Task<> GiteaClient::setState(QString owner, QString repo, qint64 number, QString state) const
+{
+    return send(*this, pullPath(owner, repo, number), "PATCH",
+                jsonBody(StateBody{std::move(state)}));
+}
+
+QCoro::Task<PullReview> GiteaClient::submitReview(QString owner, QString repo, qint64 number,
+                                                  QString state,
+                                                  std::optional<QString> comment) const
+{
+    return sendAndDecode<PullReview>(*this,
+                                     pullPath(owner, repo, number) + QStringLiteral("/reviews"),
+                                     jsonBody(ReviewBody{reviewEvent(state), std::move(comment)}));
+}
+
+QCoro::Task<IssueComment> GiteaClient::postComment(QString owner, QString repo, qint64 number,
+                                                   QString body) const
+{
+    return sendAndDecode<IssueComment>(*this,
+                                       issuePath(owner, repo, number) + QStringLiteral("/comments"),
+                                       jsonBody(CommentBody{std::move(body)}));
+}
+
+QCoro::Task<> GiteaClient::updateBranch(QString owner, QString repo, qint64 number) const
+{
+    return send(*this, pullPath(owner, repo, number) + QStringLiteral("/update"), "POST");
+}
+
+QCoro::Task<> GiteaClient::deleteBranch(QString owner, QString repo, QString branch) const
+{
+    return send(*this, repoPath(owner, repo) + QStringLiteral("/branches/") + encodedBranch(branch),
+                "DELETE");
+}
+
+} // namespace kestrine
