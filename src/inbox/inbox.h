@@ -1,0 +1,5 @@
+#pragma once
+
+// The inbox layer's public surface.
+
+#include "summaries.h"
