@@ -18,6 +18,7 @@
 #include <QJsonValue>
 #include <QList>
 #include <QString>
+#include <QVariant>
 #include <exception>
 #include <optional>
 #include <tuple>
@@ -244,6 +245,14 @@ template <class T>
 QJsonValue encodeJson(const T &value, DateEncoding dates = DateEncoding::SecondsSinceReferenceDate)
 {
     return jsondetail::encodeValue(value, dates);
+}
+
+/// A record or list as QML sees it: JavaScript objects and arrays with the JSON keys, absent fields
+/// left out and dates as "2024-05-01T10:20:30Z" texts (which `new Date(text)` reads).
+template <class T>
+QVariant toQmlValue(const T &value)
+{
+    return encodeJson(value, DateEncoding::InternetDateTime).toVariant();
 }
 
 /// Hashes every field of the table, so equal records hash equally. Only the one-argument form

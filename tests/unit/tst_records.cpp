@@ -274,6 +274,22 @@ private slots:
         QVERIFY(!decodeFailure([&] { decodeJson<IssueComment>(encoded); }).isEmpty());
     }
 
+    void qmlValueUsesTheJsonKeysAndDateTexts()
+    {
+        const auto pull =
+            decodeJson<PullRequest>(fixtures::read(QStringLiteral("gitea/pull.json")));
+        const QVariantMap value = toQmlValue(pull).toMap();
+        QCOMPARE(value.value(QStringLiteral("title")).toString(), pull.title);
+        QCOMPARE(value.value(QStringLiteral("number")).toLongLong(), 7);
+        QCOMPARE(value.value(QStringLiteral("updated_at")).toString(),
+                 QStringLiteral("2024-05-01T10:20:30Z"));
+        QCOMPARE(
+            value.value(QStringLiteral("user")).toMap().value(QStringLiteral("login")).toString(),
+            QStringLiteral("ann"));
+        QVERIFY(!value.contains(QStringLiteral("patch_url")) || pull.patchURL);
+        QCOMPARE(toQmlValue(QList<PullRequest>{pull, pull}).toList().size(), 2);
+    }
+
     void equalRecordsHashEquallyAndDifferentOnesAreToldApart()
     {
         const auto pulls = decodeJson<QList<PullRequest>>(fixtures::pullRequestList(3));
