@@ -97,4 +97,30 @@ TransportError::TransportError(QNetworkReply::NetworkError code, QString message
     , m_what(m_message.toUtf8())
 {}
 
+QString errorDescription(const std::exception_ptr &error)
+{
+    try {
+        std::rethrow_exception(error);
+    } catch (const APIError &apiError) {
+        return apiError.description();
+    } catch (const TransportError &transportError) {
+        return transportError.description();
+    } catch (const std::exception &other) {
+        return QString::fromUtf8(other.what());
+    } catch (...) {
+    }
+    return QStringLiteral("Unknown error.");
+}
+
+bool isCancellation(const std::exception_ptr &error)
+{
+    try {
+        std::rethrow_exception(error);
+    } catch (const TransportError &transportError) {
+        return transportError.isCancellation();
+    } catch (...) {
+    }
+    return false;
+}
+
 } // namespace kestrine

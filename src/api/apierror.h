@@ -75,4 +75,11 @@ private:
     QByteArray m_what;
 };
 
+/// The user-readable description of a failure caught as `std::current_exception()`: an
+/// APIError's or TransportError's own text, or what any other exception says.
+QString errorDescription(const std::exception_ptr &error);
+
+/// Whether the failure is a request abandoned because its screen went away.
+bool isCancellation(const std::exception_ptr &error);
+
 } // namespace kestrine
