@@ -1,0 +1,72 @@
+#include "diffparser.h"
+
+namespace kestrine {
+
+DiffLineType::Value classifyDiffLine(QStringView line)
+{
+    if (line.startsWith(u"@@"))
+        return DiffLineType::Hunk;
+    if (line.startsWith(u"diff ") || line.startsWith(u"index ") || line.startsWith(u"--- ") ||
+        line.startsWith(u"+++ "))
+        return DiffLineType::Meta;
+    if (line.startsWith(u'+'))
+        return DiffLineType::Addition;
+    if (line.startsWith(u'-'))
+        return DiffLineType::Deletion;
+    return DiffLineType::Context;
+}
+
+ParsedDiff ParsedDiff::parse(QString text)
+{
+    ParsedDiff parsed;
+    parsed.m_text = std::move(text);
+    const QStringView all(parsed.m_text);
+    // Diff lines average some 40 characters; reserving on that guess avoids most regrowth.
+    parsed.m_lines.reserve(all.size() / 40 + 1);
+    qsizetype start = 0;
+    while (true) {
+        const qsizetype end = all.indexOf(u'\n', start);
+        const qsizetype length = (end < 0 ? all.size() : end) - start;
+        parsed.m_lines.append({start, length, classifyDiffLine(all.sliced(start, length))});
+        if (end < 0)
+            break;
+        start = end + 1;
+    }
+    return parsed;
+}
+
+QStringView ParsedDiff::text(qsizetype index) const
+{
+    const Span &span = m_lines.at(index);
+    return QStringView(m_text).sliced(span.start, span.length);
+}
+
+QList<DiffLine> ParsedDiff::lines() const
+{
+    QList<DiffLine> all;
+    all.reserve(size());
+    for (qsizetype i = 0; i < size(); ++i)
+        all.append(at(i));
+    return all;
+}
+
+QStringView diffSection(QStringView diff, QStringView filename)
+{
+    const QString marker = QStringLiteral("+++ b/") + filename.toString();
+    const qsizetype found = diff.indexOf(marker);
+    if (found < 0)
+        return {};
+    const QStringView section = diff.sliced(found + marker.size());
+    const qsizetype next = section.indexOf(u"\ndiff --git ");
+    return next < 0 ? section : section.first(next);
+}
+
+ParsedDiff parseFileDiff(const QString &diff, QStringView filename)
+{
+    const QStringView section = diffSection(diff, filename);
+    if (section.isEmpty())
+        return ParsedDiff::parse(diff);
+    return ParsedDiff::parse(section.toString());
+}
+
+} // namespace kestrine
