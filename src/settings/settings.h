@@ -2,4 +2,6 @@
 
 // Public interface of the settings and diagnostics layer.
 #include "defaultsstore.h"
+#include "keychainhelper.h"
 #include "logstore.h"
+#include "settingsstore.h"

@@ -1,0 +1,256 @@
+#include "settingsstore.h"
+
+#include "defaultsstore.h"
+#include "keychainhelper.h"
+#include "logstore.h"
+
+#include <QCoreApplication>
+#include <QJSEngine>
+#include <QPointer>
+#include <QVariant>
+
+namespace kestrine {
+namespace {
+
+const QString warnLabel = QStringLiteral("Warn on red (allow merge with confirm)");
+const QString blockLabel = QStringLiteral("Block merge when CI is red");
+
+/// A stored value read as a bool the way the platforms' defaults stores read one: a bool as it
+/// is, a number as "not zero", a string "true" or "yes" (any case) or one holding a non-zero
+/// integer as true; anything else, absence included, as false.
+bool storedBool(const QVariant &value)
+{
+    switch (value.typeId()) {
+    case QMetaType::Bool:
+        return value.toBool();
+    case QMetaType::Int:
+    case QMetaType::UInt:
+    case QMetaType::LongLong:
+    case QMetaType::ULongLong:
+    case QMetaType::Double:
+        return value.toDouble() != 0;
+    case QMetaType::QString: {
+        const QString text = value.toString().trimmed();
+        if (text.compare(u"true", Qt::CaseInsensitive) == 0 ||
+            text.compare(u"yes", Qt::CaseInsensitive) == 0)
+            return true;
+        bool isNumber = false;
+        const qlonglong number = text.toLongLong(&isNumber);
+        return isNumber && number != 0;
+    }
+    default:
+        return false;
+    }
+}
+
+/// A stored value when it is an array whose every element is a string; else nothing. (Values
+/// written in this process come back as QStringList, values read from the file as a QVariantList.)
+std::optional<QStringList> storedStringArray(const QVariant &value)
+{
+    if (value.typeId() == QMetaType::QStringList)
+        return value.toStringList();
+    if (value.typeId() != QMetaType::QVariantList)
+        return std::nullopt;
+    QStringList strings;
+    const QVariantList items = value.toList();
+    strings.reserve(items.size());
+    for (const QVariant &item : items) {
+        if (item.typeId() != QMetaType::QString)
+            return std::nullopt;
+        strings.append(item.toString());
+    }
+    return strings;
+}
+
+void writeDefault(QAnyStringView key, const QVariant &value)
+{
+    QSettings &store = defaultsStore();
+    store.setValue(key, value);
+    store.sync();
+}
+
+} // namespace
+
+QString mergeGateModeLabel(MergeGateMode mode)
+{
+    switch (mode) {
+    case MergeGateMode::Warn:
+        return warnLabel;
+    case MergeGateMode::Block:
+        return blockLabel;
+    }
+    return warnLabel;
+}
+
+MergeGateMode mergeGateModeFromLabel(const QString &label)
+{
+    return label == blockLabel ? MergeGateMode::Block : MergeGateMode::Warn;
+}
+
+SettingsStore::SettingsStore(QObject *parent)
+    : QObject(parent)
+{
+    // In this order: the in-memory flag, the two credentials, then the defaults store. Nothing is
+    // written back, so a value that was never set stays unset.
+    m_inboxNeedsRefresh = false;
+    m_instanceURL = KeychainHelper::get(instanceURLKey).value_or(QString(defaultInstanceURL));
+    m_token = KeychainHelper::get(tokenKey).value_or(QString());
+
+    const QSettings &defaults = defaultsStore();
+    // Only our own label text selects Block: a damaged or foreign value is the safe default, Warn.
+    const QVariant mode = defaults.value(mergeGateModeKey);
+    m_mergeGateMode = mode.typeId() == QMetaType::QString ? mergeGateModeFromLabel(mode.toString())
+                                                          : MergeGateMode::Warn;
+    m_deleteBranchAfterMerge = storedBool(defaults.value(deleteBranchAfterMergeKey));
+    m_monitoredRepos = storedStringArray(defaults.value(monitoredReposKey)).value_or(QStringList());
+    // Unlike deleteBranchAfterMerge, notifications stay off unless a real bool says otherwise: a
+    // stray string must not switch on background notifications.
+    const QVariant notifications = defaults.value(notificationsEnabledKey);
+    m_notificationsEnabled =
+        notifications.typeId() == QMetaType::Bool ? notifications.toBool() : false;
+}
+
+SettingsStore *SettingsStore::shared()
+{
+    // QPointer: the application object deletes the store when it goes, and a later call then
+    // makes a new one instead of handing out a dangling pointer.
+    static QPointer<SettingsStore> instance;
+    if (!instance)
+        instance = new SettingsStore(QCoreApplication::instance());
+    return instance;
+}
+
+SettingsStore *SettingsStore::create(QQmlEngine *, QJSEngine *)
+{
+    SettingsStore *store = shared();
+    QJSEngine::setObjectOwnership(store, QJSEngine::CppOwnership);
+    return store;
+}
+
+void SettingsStore::updateInstanceURL(const QString &instanceURL)
+{
+    if (m_instanceURL == instanceURL)
+        return;
+    const bool wasConfigured = isConfigured();
+    m_instanceURL = instanceURL;
+    emit instanceURLChanged();
+    if (isConfigured() != wasConfigured)
+        emit isConfiguredChanged();
+}
+
+void SettingsStore::setInstanceURL(const QString &instanceURL)
+{
+    if (m_instanceURL == instanceURL)
+        return;
+    updateInstanceURL(instanceURL);
+    KeychainHelper::set(m_instanceURL, instanceURLKey);
+}
+
+void SettingsStore::updateToken(const QString &token)
+{
+    if (m_token == token)
+        return;
+    const bool wasConfigured = isConfigured();
+    m_token = token;
+    emit tokenChanged();
+    if (isConfigured() != wasConfigured)
+        emit isConfiguredChanged();
+}
+
+void SettingsStore::setToken(const QString &token)
+{
+    if (m_token == token)
+        return;
+    updateToken(token);
+    KeychainHelper::set(m_token, tokenKey);
+}
+
+void SettingsStore::setMergeGateMode(MergeGateMode mode)
+{
+    if (m_mergeGateMode == mode)
+        return;
+    m_mergeGateMode = mode;
+    emit mergeGateModeChanged();
+    writeDefault(mergeGateModeKey, mergeGateModeLabel(m_mergeGateMode));
+}
+
+void SettingsStore::setDeleteBranchAfterMerge(bool enabled)
+{
+    if (m_deleteBranchAfterMerge == enabled)
+        return;
+    m_deleteBranchAfterMerge = enabled;
+    emit deleteBranchAfterMergeChanged();
+    writeDefault(deleteBranchAfterMergeKey, m_deleteBranchAfterMerge);
+}
+
+void SettingsStore::setMonitoredRepos(const QStringList &repos)
+{
+    if (m_monitoredRepos == repos)
+        return;
+    m_monitoredRepos = repos;
+    emit monitoredReposChanged();
+    writeDefault(monitoredReposKey, m_monitoredRepos);
+}
+
+void SettingsStore::setInboxNeedsRefresh(bool needsRefresh)
+{
+    if (m_inboxNeedsRefresh == needsRefresh)
+        return;
+    m_inboxNeedsRefresh = needsRefresh;
+    emit inboxNeedsRefreshChanged();
+}
+
+void SettingsStore::setNotificationsEnabled(bool enabled)
+{
+    if (m_notificationsEnabled == enabled)
+        return;
+    m_notificationsEnabled = enabled;
+    emit notificationsEnabledChanged();
+    writeDefault(notificationsEnabledKey, m_notificationsEnabled);
+}
+
+bool SettingsStore::isConfigured() const
+{
+    return !m_instanceURL.isEmpty() && !m_token.isEmpty();
+}
+
+std::optional<QUrl> SettingsStore::baseURL() const
+{
+    QString text = m_instanceURL;
+    if (text.endsWith(u'/'))
+        text.chop(1);
+    // QUrl is lenient: in its default mode it repairs almost any text into some URL, and even a
+    // strictly parsed plain word is a valid relative URL. A base for API requests has to be an
+    // absolute URL with a host, so strict parsing and a scheme and a host are all required.
+    const QUrl url(text, QUrl::StrictMode);
+    if (!url.isValid() || url.scheme().isEmpty() || url.host().isEmpty())
+        return std::nullopt;
+    return url;
+}
+
+std::optional<GiteaClient> SettingsStore::client() const
+{
+    const std::optional<QUrl> url = baseURL();
+    if (!url)
+        return std::nullopt;
+    return GiteaClient(*url, m_token, GiteaClient::sharedSession(), LogStore::shared());
+}
+
+QString SettingsStore::labelOf(MergeGateMode mode)
+{
+    return mergeGateModeLabel(mode);
+}
+
+void SettingsStore::logout()
+{
+    KeychainHelper::remove(instanceURLKey);
+    KeychainHelper::remove(tokenKey);
+    // Written back even when the values did not change: the items were just deleted, and the
+    // keychain is to hold the default URL and an empty token afterwards.
+    updateInstanceURL(QString(defaultInstanceURL));
+    KeychainHelper::set(m_instanceURL, instanceURLKey);
+    updateToken(QString());
+    KeychainHelper::set(m_token, tokenKey);
+}
+
+} // namespace kestrine

@@ -1,0 +1,161 @@
+#pragma once
+
+#include "giteaclient.h"
+
+#include <QLatin1StringView>
+#include <QObject>
+#include <QString>
+#include <QStringList>
+#include <QUrl>
+#include <QtQml/qqmlregistration.h>
+#include <optional>
+
+QT_BEGIN_NAMESPACE
+class QQmlEngine;
+class QJSEngine;
+QT_END_NAMESPACE
+
+namespace kestrine {
+
+/// The user's configuration: which Gitea instance to talk to and with which token, how merging
+/// behaves while CI is red, whether the head branch goes after a merge, which repositories the
+/// inbox watches, and whether background notifications are on.
+///
+/// Each value is persisted the moment it changes: the instance URL and the token in the keychain
+/// (KeychainHelper, keys "instanceURL" and "token"), the rest in the defaults store under keys of
+/// the same names as the properties. Observers are notified first, then the value is written.
+/// Persistence failures are silent: a keychain write that fails leaves the new value in memory
+/// and the stored one as it was.
+///
+/// One process-wide instance, shared(), read from the stores when it is first used. Main thread
+/// only.
+class SettingsStore : public QObject
+{
+    Q_OBJECT
+    QML_ELEMENT
+    QML_SINGLETON
+
+    Q_PROPERTY(QString instanceURL READ instanceURL WRITE setInstanceURL NOTIFY instanceURLChanged)
+    Q_PROPERTY(QString token READ token WRITE setToken NOTIFY tokenChanged)
+    Q_PROPERTY(kestrine::SettingsStore::MergeGateMode mergeGateMode READ mergeGateMode WRITE
+                   setMergeGateMode NOTIFY mergeGateModeChanged)
+    Q_PROPERTY(bool deleteBranchAfterMerge READ deleteBranchAfterMerge WRITE
+                   setDeleteBranchAfterMerge NOTIFY deleteBranchAfterMergeChanged)
+    Q_PROPERTY(QStringList monitoredRepos READ monitoredRepos WRITE setMonitoredRepos NOTIFY
+                   monitoredReposChanged)
+    Q_PROPERTY(bool inboxNeedsRefresh READ inboxNeedsRefresh WRITE setInboxNeedsRefresh NOTIFY
+                   inboxNeedsRefreshChanged)
+    Q_PROPERTY(bool notificationsEnabled READ notificationsEnabled WRITE setNotificationsEnabled
+                   NOTIFY notificationsEnabledChanged)
+    Q_PROPERTY(bool isConfigured READ isConfigured NOTIFY isConfiguredChanged)
+
+public:
+    /// What the merge action does while CI is red. In QML: SettingsStore.Warn, SettingsStore.Block.
+    enum class MergeGateMode {
+        /// A red pull request can be merged after a confirmation.
+        Warn,
+        /// No merge while CI is red.
+        Block,
+    };
+    Q_ENUM(MergeGateMode)
+
+    /// The instance used when none is stored, and again after logout().
+    static constexpr QLatin1StringView defaultInstanceURL{"https://gitea.com"};
+
+    /// Keychain keys.
+    static constexpr QLatin1StringView instanceURLKey{"instanceURL"};
+    static constexpr QLatin1StringView tokenKey{"token"};
+    /// Defaults store keys.
+    static constexpr QLatin1StringView mergeGateModeKey{"mergeGateMode"};
+    static constexpr QLatin1StringView deleteBranchAfterMergeKey{"deleteBranchAfterMerge"};
+    static constexpr QLatin1StringView monitoredReposKey{"monitoredRepos"};
+    static constexpr QLatin1StringView notificationsEnabledKey{"notificationsEnabled"};
+
+    /// A store loaded from what the keychain and the defaults store hold now; loading writes
+    /// nothing back. The app uses shared(); a separate instance shows what is stored.
+    explicit SettingsStore(QObject *parent = nullptr);
+
+    /// The process-wide store, created (and loaded) on first use; owned by the application object
+    /// when there is one.
+    static SettingsStore *shared();
+    /// The QML singleton is the shared store; C++ keeps ownership.
+    static SettingsStore *create(QQmlEngine *qmlEngine, QJSEngine *jsEngine);
+
+    const QString &instanceURL() const { return m_instanceURL; }
+    void setInstanceURL(const QString &instanceURL);
+
+    const QString &token() const { return m_token; }
+    void setToken(const QString &token);
+
+    MergeGateMode mergeGateMode() const { return m_mergeGateMode; }
+    void setMergeGateMode(MergeGateMode mode);
+
+    bool deleteBranchAfterMerge() const { return m_deleteBranchAfterMerge; }
+    void setDeleteBranchAfterMerge(bool enabled);
+
+    /// Full names ("owner/name") of the repositories the inbox watches; empty means all that the
+    /// token can see.
+    const QStringList &monitoredRepos() const { return m_monitoredRepos; }
+    void setMonitoredRepos(const QStringList &repos);
+
+    /// Raised to ask the inbox to reload (after a merge, for example). In memory only; false at
+    /// every start.
+    bool inboxNeedsRefresh() const { return m_inboxNeedsRefresh; }
+    void setInboxNeedsRefresh(bool needsRefresh);
+
+    bool notificationsEnabled() const { return m_notificationsEnabled; }
+    void setNotificationsEnabled(bool enabled);
+
+    /// Both the instance URL and the token are non-empty; blanks count as text.
+    bool isConfigured() const;
+
+    /// The instance URL without one trailing "/" (a text ending in "//" keeps one), as a URL;
+    /// nothing when that text is not a valid absolute URL with a scheme and a host.
+    std::optional<QUrl> baseURL() const;
+
+    /// A fresh client for one piece of work: baseURL(), the token, the shared HTTP session and the
+    /// shared log. Nothing without a baseURL(); an empty token still gives a client.
+    std::optional<GiteaClient> client() const;
+
+    /// The label of a mode, for QML (see mergeGateModeLabel).
+    Q_INVOKABLE static QString labelOf(kestrine::SettingsStore::MergeGateMode mode);
+
+    /// Signs out: deletes both keychain items, then sets the instance URL back to the default and
+    /// the token to "", writing both to the keychain even when they did not change. The defaults
+    /// store values stay as they are.
+    Q_INVOKABLE void logout();
+
+signals:
+    void instanceURLChanged();
+    void tokenChanged();
+    void mergeGateModeChanged();
+    void deleteBranchAfterMergeChanged();
+    void monitoredReposChanged();
+    void inboxNeedsRefreshChanged();
+    void notificationsEnabledChanged();
+    void isConfiguredChanged();
+
+private:
+    // Assign and notify, without persisting; the setters and logout() persist.
+    void updateInstanceURL(const QString &instanceURL);
+    void updateToken(const QString &token);
+
+    QString m_instanceURL;
+    QString m_token;
+    MergeGateMode m_mergeGateMode = MergeGateMode::Warn;
+    bool m_deleteBranchAfterMerge = false;
+    QStringList m_monitoredRepos;
+    bool m_inboxNeedsRefresh = false;
+    bool m_notificationsEnabled = false;
+};
+
+using MergeGateMode = SettingsStore::MergeGateMode;
+
+/// The user-visible label of a mode, which is also how it is stored:
+/// "Warn on red (allow merge with confirm)" or "Block merge when CI is red".
+QString mergeGateModeLabel(MergeGateMode mode);
+
+/// The mode whose label is exactly `label`; any other text gives Warn.
+MergeGateMode mergeGateModeFromLabel(const QString &label);
+
+} // namespace kestrine
