@@ -2,4 +2,10 @@
 
 // The inbox layer's public surface.
 
+#include "cachedirectory.h"
+#include "inboxcache.h"
+#include "inboxviewmodel.h"
+#include "notificationpass.h"
+#include "prrow.h"
+#include "repositoryselection.h"
 #include "summaries.h"

@@ -1,0 +1,12 @@
+#pragma once
+
+#include <QString>
+
+namespace kestrine {
+
+/// The per-user caches directory that holds the inbox cache and the notification state
+/// ($XDG_CACHE_HOME/norrum/kestrine on Linux), created when missing. The app cannot work without
+/// one, so its absence stops the process.
+QString cacheDirectory();
+
+} // namespace kestrine

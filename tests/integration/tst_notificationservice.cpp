@@ -1,0 +1,446 @@
+// The background check against the fake Gitea server, with a notification server of the test's
+// own on the private session bus: what is announced, when, and what is remembered.
+
+#include "background.h"
+#include "defaultsstore.h"
+#include "fakegiteaserver.h"
+#include "notificationserver.h"
+#include "outcome.h"
+#include "settingsstore.h"
+
+#include <QElapsedTimer>
+#include <QFile>
+#include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QtTest>
+
+using namespace kestrine;
+using kestrine::testing::NotificationServer;
+using kestrine::testing::runToEnd;
+
+namespace {
+
+/// The little Gitea world each test arranges: repositories, their open pull requests, and the
+/// Actions runs of each head commit.
+struct World
+{
+    QStringList repositories;
+    QHash<QString, QJsonArray> pulls;         // full name → open pull requests
+    QHash<QString, QStringList> failingPulls; // full names whose listing fails
+    QHash<QString, QByteArray> runsBySha;     // sha → runs envelope; missing: 500
+    bool reposFail = false;
+
+    void install(FakeGiteaServer &server)
+    {
+        server.route(
+            "GET", QStringLiteral("/api/v1/user/repos"),
+            [this](const RecordedRequest &, const RouteParams &) {
+                if (reposFail)
+                    return FakeResponse::json(R"({"message":"down"})", 500);
+                QJsonArray list;
+                qint64 id = 1;
+                for (const QString &fullName : repositories) {
+                    const QStringList parts = fullName.split(u'/');
+                    list.append(QJsonObject{{QStringLiteral("id"), id++},
+                                            {QStringLiteral("name"), parts[1]},
+                                            {QStringLiteral("full_name"), fullName},
+                                            {QStringLiteral("owner"),
+                                             QJsonObject{{QStringLiteral("login"), parts[0]}}}});
+                }
+                return FakeResponse::json(QJsonDocument(list).toJson(QJsonDocument::Compact));
+            });
+        server.route("GET", QStringLiteral("/api/v1/repos/{owner}/{repo}/pulls"),
+                     [this](const RecordedRequest &, const RouteParams &params) {
+                         const QString fullName = params[QStringLiteral("owner")] + u'/' +
+                                                  params[QStringLiteral("repo")];
+                         if (failingPulls.contains(fullName))
+                             return FakeResponse::json(R"({"message":"boom"})", 500);
+                         return FakeResponse::json(
+                             QJsonDocument(pulls.value(fullName)).toJson(QJsonDocument::Compact));
+                     });
+        server.route("GET", QStringLiteral("/api/v1/repos/{owner}/{repo}/actions/runs"),
+                     [this](const RecordedRequest &request, const RouteParams &) {
+                         const QString sha = QUrlQuery(QString::fromLatin1(request.rawQuery))
+                                                 .queryItemValue(QStringLiteral("head_sha"));
+                         if (!runsBySha.contains(sha))
+                             return FakeResponse::json(R"({"message":"boom"})", 500);
+                         return FakeResponse::json(runsBySha.value(sha));
+                     });
+    }
+};
+
+QJsonObject pull(qint64 number, const QString &title, const QString &sha)
+{
+    QJsonObject object{{QStringLiteral("id"), 100 + number},
+                       {QStringLiteral("number"), number},
+                       {QStringLiteral("title"), title},
+                       {QStringLiteral("state"), QStringLiteral("open")}};
+    if (!sha.isNull())
+        object.insert(QStringLiteral("head"),
+                      QJsonObject{{QStringLiteral("ref"), QStringLiteral("topic")},
+                                  {QStringLiteral("sha"), sha}});
+    return object;
+}
+
+QByteArray runs(const char *status, const char *conclusion)
+{
+    QJsonObject run{{QStringLiteral("id"), 1},
+                    {QStringLiteral("status"), QString::fromLatin1(status)}};
+    if (conclusion)
+        run.insert(QStringLiteral("conclusion"), QString::fromLatin1(conclusion));
+    return QJsonDocument(QJsonObject{{QStringLiteral("workflow_runs"), QJsonArray{run}},
+                                     {QStringLiteral("total_count"), 1}})
+        .toJson(QJsonDocument::Compact);
+}
+
+} // namespace
+
+class TestNotificationService : public QObject
+{
+    Q_OBJECT
+
+private:
+    FakeGiteaServer *server = nullptr;
+    NotificationServer *notifications = nullptr;
+    FreedesktopNotificationCenter *center = nullptr;
+    NotificationService *service = nullptr;
+    World world;
+    QString statePath;
+
+    int pass()
+    {
+        const auto outcome = runToEnd(service->poll());
+        return outcome.value.value_or(-1);
+    }
+
+    /// Notifications are delivered over the bus; wait until `count` have arrived, then a little
+    /// longer to be sure no more follow.
+    QStringList arrived(qsizetype count)
+    {
+        QElapsedTimer waited;
+        waited.start();
+        while (notifications->received.size() < count && waited.elapsed() < 5000)
+            QTest::qWait(20);
+        QTest::qWait(100);
+        QStringList lines;
+        for (const auto &n : notifications->received)
+            lines.append(n.summary + u'|' + n.body);
+        notifications->received.clear();
+        return lines;
+    }
+
+    NotificationState storedState() const { return NotificationState::load(statePath); }
+
+    int runsRequests() const
+    {
+        int count = 0;
+        for (const auto &request : server->requests())
+            count += request.path().endsWith(u"/actions/runs");
+        return count;
+    }
+
+private slots:
+    void initTestCase()
+    {
+        notifications = new NotificationServer(this);
+        QVERIFY2(notifications->start(), "a private session bus is needed");
+    }
+
+    void init()
+    {
+        server = new FakeGiteaServer(this);
+        QVERIFY(server->listen());
+        world = World();
+        world.install(*server);
+        SettingsStore *settings = SettingsStore::shared();
+        settings->setInstanceURL(server->baseUrl().toString());
+        settings->setToken(QStringLiteral("t0ken"));
+        settings->setMonitoredRepos({});
+        settings->setNotificationsEnabled(true);
+        center = new FreedesktopNotificationCenter(this);
+        service = new NotificationService(*center, this);
+        statePath = service->stateFilePath();
+        QFile::remove(statePath);
+        notifications->received.clear();
+    }
+
+    void cleanup()
+    {
+        delete service;
+        delete center;
+        delete server;
+    }
+
+    void stateFileLivesInTheCachesDirectory()
+    {
+        QCOMPARE(QFileInfo(statePath).fileName(), QStringLiteral("notification-state.json"));
+        QVERIFY(statePath.startsWith(QString::fromLocal8Bit(qgetenv("XDG_CACHE_HOME"))));
+    }
+
+    void firstPassAnnouncesEveryOpenPullRequestAsNew()
+    {
+        world.repositories = {QStringLiteral("ann/tool"), QStringLiteral("bo/site")};
+        world.pulls[QStringLiteral("ann/tool")] = {
+            pull(7, QStringLiteral("Add retry"), QStringLiteral("s7")),
+            pull(8, QStringLiteral("Fix typo"), QStringLiteral("s8"))};
+        world.pulls[QStringLiteral("bo/site")] = {
+            pull(1, QStringLiteral("New page"), QStringLiteral("s1"))};
+        QCOMPARE(pass(), 3);
+        QCOMPARE(arrived(3), (QStringList{QStringLiteral("New PR|Add retry \u2014 ann/tool"),
+                                          QStringLiteral("New PR|Fix typo \u2014 ann/tool"),
+                                          QStringLiteral("New PR|New page \u2014 bo/site")}));
+        QCOMPARE(storedState().announcedNewPRs,
+                 (QSet<QString>{"ann/tool#7", "ann/tool#8", "bo/site#1"}));
+        QVERIFY(storedState().ciStatusByPR.isEmpty());
+        QCOMPARE(runsRequests(), 0); // a new pull request's CI is not looked at in its first pass
+        QCOMPARE(notifications->received.size(), 0);
+    }
+
+    void newPullRequestWithRedCIGetsOnlyNewPRAndCINewsTwoPassesLater()
+    {
+        world.repositories = {QStringLiteral("ann/tool")};
+        world.pulls[QStringLiteral("ann/tool")] = {
+            pull(7, QStringLiteral("Add retry"), QStringLiteral("s7"))};
+        world.runsBySha[QStringLiteral("s7")] = runs("completed", "failure");
+        QCOMPARE(pass(), 1);
+        QCOMPARE(arrived(1), QStringList{QStringLiteral("New PR|Add retry \u2014 ann/tool")});
+        QCOMPARE(pass(), 0); // the summary is recorded silently
+        QCOMPARE(storedState().ciStatusByPR.value(QStringLiteral("ann/tool#7")),
+                 QStringLiteral("failure"));
+        world.runsBySha[QStringLiteral("s7")] = runs("completed", "success");
+        QCOMPARE(pass(), 1);
+        QCOMPARE(arrived(1), QStringList{QStringLiteral("CI passed|Add retry \u2014 ann/tool")});
+    }
+
+    void storedSuccessAndNewFailurePostsCIFailed()
+    {
+        world.repositories = {QStringLiteral("ann/tool")};
+        world.pulls[QStringLiteral("ann/tool")] = {
+            pull(7, QStringLiteral("Add retry"), QStringLiteral("s7"))};
+        world.runsBySha[QStringLiteral("s7")] = runs("completed", "failure");
+        NotificationState known;
+        known.announcedNewPRs = {QStringLiteral("ann/tool#7")};
+        known.ciStatusByPR = {{QStringLiteral("ann/tool#7"), QStringLiteral("success")}};
+        known.save(statePath);
+        QCOMPARE(pass(), 1);
+        QCOMPARE(arrived(1), QStringList{QStringLiteral("CI failed|Add retry \u2014 ann/tool")});
+        QCOMPARE(storedState().ciStatusByPR.value(QStringLiteral("ann/tool#7")),
+                 QStringLiteral("failure"));
+        QCOMPARE(pass(), 0); // unchanged: nothing more
+    }
+
+    void everySummaryChangeHasItsTitle_data()
+    {
+        QTest::addColumn<QByteArray>("runsBody");
+        QTest::addColumn<QString>("title");
+        QTest::addColumn<QString>("stored");
+        QTest::newRow("running") << runs("running", nullptr) << "CI running"
+                                 << "running";
+        QTest::newRow("passed") << runs("completed", "success") << "CI passed"
+                                << "success";
+        QTest::newRow("failed") << runs("completed", "failure") << "CI failed"
+                                << "failure";
+        QTest::newRow("cancelled") << runs("completed", "cancelled") << "CI cancelled"
+                                   << "cancelled";
+        QTest::newRow("updated") << QByteArray(R"({"workflow_runs":[]})") << "CI updated"
+                                 << "unknown";
+    }
+
+    void everySummaryChangeHasItsTitle()
+    {
+        QFETCH(QByteArray, runsBody);
+        QFETCH(QString, title);
+        QFETCH(QString, stored);
+        world.repositories = {QStringLiteral("ann/tool")};
+        world.pulls[QStringLiteral("ann/tool")] = {
+            pull(7, QStringLiteral("T"), QStringLiteral("s7"))};
+        world.runsBySha[QStringLiteral("s7")] = runsBody;
+        NotificationState known;
+        known.announcedNewPRs = {QStringLiteral("ann/tool#7")};
+        known.ciStatusByPR = {{QStringLiteral("ann/tool#7"), stored == u"failure"
+                                                                 ? QStringLiteral("success")
+                                                                 : QStringLiteral("failure")}};
+        known.save(statePath);
+        QCOMPARE(pass(), 1);
+        QCOMPARE(arrived(1), QStringList{title + QStringLiteral("|T \u2014 ann/tool")});
+        QCOMPARE(storedState().ciStatusByPR.value(QStringLiteral("ann/tool#7")), stored);
+    }
+
+    void failedRunsRequestReadsAsUpdated()
+    {
+        world.repositories = {QStringLiteral("ann/tool")};
+        world.pulls[QStringLiteral("ann/tool")] = {
+            pull(7, QStringLiteral("T"), QStringLiteral("gone"))};
+        NotificationState known;
+        known.announcedNewPRs = {QStringLiteral("ann/tool#7")};
+        known.ciStatusByPR = {{QStringLiteral("ann/tool#7"), QStringLiteral("running")}};
+        known.save(statePath);
+        QCOMPARE(pass(), 1);
+        QCOMPARE(arrived(1), QStringList{QStringLiteral("CI updated|T \u2014 ann/tool")});
+        QCOMPARE(storedState().ciStatusByPR.value(QStringLiteral("ann/tool#7")),
+                 QStringLiteral("unknown"));
+    }
+
+    void pullRequestWithoutHeadShaStaysUnknownAndNeverPostsCI()
+    {
+        world.repositories = {QStringLiteral("ann/tool")};
+        world.pulls[QStringLiteral("ann/tool")] = {
+            pull(7, QStringLiteral("No head"), QString()),
+            pull(8, QStringLiteral("Empty sha"), QStringLiteral(""))};
+        QCOMPARE(pass(), 2);
+        arrived(2);
+        QCOMPARE(pass(), 0);
+        QCOMPARE(pass(), 0);
+        QCOMPARE(storedState().ciStatusByPR.value(QStringLiteral("ann/tool#7")),
+                 QStringLiteral("unknown"));
+        QCOMPARE(storedState().ciStatusByPR.value(QStringLiteral("ann/tool#8")),
+                 QStringLiteral("unknown"));
+        QCOMPARE(runsRequests(), 0);
+        QCOMPARE(notifications->received.size(), 0);
+    }
+
+    void closedPullRequestIsForgottenAndAnnouncedAgainWhenReopened()
+    {
+        world.repositories = {QStringLiteral("ann/tool")};
+        world.pulls[QStringLiteral("ann/tool")] = {
+            pull(7, QStringLiteral("T"), QStringLiteral("s7"))};
+        world.runsBySha[QStringLiteral("s7")] = runs("completed", "success");
+        QCOMPARE(pass(), 1);
+        QCOMPARE(pass(), 0);
+        arrived(1);
+        world.pulls[QStringLiteral("ann/tool")] = {};
+        QCOMPARE(pass(), 0);
+        QVERIFY(storedState().announcedNewPRs.isEmpty());
+        QVERIFY(storedState().ciStatusByPR.isEmpty());
+        world.pulls[QStringLiteral("ann/tool")] = {
+            pull(7, QStringLiteral("T"), QStringLiteral("s7"))};
+        QCOMPARE(pass(), 1);
+        QCOMPARE(arrived(1), QStringList{QStringLiteral("New PR|T \u2014 ann/tool")});
+    }
+
+    void failingListingForgetsThatRepositorysPullRequests()
+    {
+        world.repositories = {QStringLiteral("ann/tool"), QStringLiteral("bo/site")};
+        world.pulls[QStringLiteral("ann/tool")] = {
+            pull(7, QStringLiteral("T"), QStringLiteral("s7"))};
+        world.pulls[QStringLiteral("bo/site")] = {
+            pull(1, QStringLiteral("P"), QStringLiteral("s1"))};
+        QCOMPARE(pass(), 2);
+        arrived(2);
+        world.failingPulls[QStringLiteral("ann/tool")] = {};
+        world.runsBySha[QStringLiteral("s1")] = runs("completed", "success");
+        QCOMPARE(pass(), 0);
+        QCOMPARE(storedState().announcedNewPRs, QSet<QString>{QStringLiteral("bo/site#1")});
+        world.failingPulls.clear();
+        QCOMPARE(pass(), 1);
+        QCOMPARE(arrived(1), QStringList{QStringLiteral("New PR|T \u2014 ann/tool")});
+    }
+
+    void keysCompareAsExactTexts()
+    {
+        world.repositories = {QStringLiteral("team/app")};
+        world.pulls[QStringLiteral("team/app")] = {
+            pull(7, QStringLiteral("T"), QStringLiteral("s7"))};
+        NotificationState known;
+        known.announcedNewPRs = {QStringLiteral("Team/app#7")};
+        known.save(statePath);
+        QCOMPARE(pass(), 1);
+        QCOMPARE(arrived(1), QStringList{QStringLiteral("New PR|T \u2014 team/app")});
+        // Team/app#7 is another repository's key and is left alone.
+        QCOMPARE(storedState().announcedNewPRs, (QSet<QString>{"Team/app#7", "team/app#7"}));
+    }
+
+    void deletedStateFileAnnouncesEverythingAgain()
+    {
+        world.repositories = {QStringLiteral("ann/tool")};
+        world.pulls[QStringLiteral("ann/tool")] = {
+            pull(7, QStringLiteral("T"), QStringLiteral("s7"))};
+        QCOMPARE(pass(), 1);
+        arrived(1);
+        QVERIFY(QFile::remove(statePath));
+        QCOMPARE(pass(), 1);
+        QCOMPARE(arrived(1), QStringList{QStringLiteral("New PR|T \u2014 ann/tool")});
+    }
+
+    void notificationsOffReturnsZeroWithoutTouchingTheState()
+    {
+        SettingsStore::shared()->setNotificationsEnabled(false);
+        world.repositories = {QStringLiteral("ann/tool")};
+        QCOMPARE(pass(), 0);
+        QVERIFY(!QFile::exists(statePath));
+        QVERIFY(server->requests().isEmpty());
+    }
+
+    void notConfiguredReturnsZeroWithoutTouchingTheState()
+    {
+        SettingsStore::shared()->setToken(QString());
+        QCOMPARE(pass(), 0);
+        QVERIFY(!QFile::exists(statePath));
+        QVERIFY(server->requests().isEmpty());
+    }
+
+    void monitoredNamesMatchingNothingWriteTheStateUnchanged()
+    {
+        world.repositories = {QStringLiteral("ann/tool")};
+        SettingsStore::shared()->setMonitoredRepos({QStringLiteral("nobody/nothing")});
+        NotificationState known;
+        known.announcedNewPRs = {QStringLiteral("x/y#1")};
+        known.save(statePath);
+        QFile::remove(statePath); // no file at all: the pass writes the (empty) state
+        QCOMPARE(pass(), 0);
+        QVERIFY(QFile::exists(statePath));
+        QCOMPARE(storedState(), NotificationState());
+        known.save(statePath);
+        QCOMPARE(pass(), 0);
+        QCOMPARE(storedState(), known);
+    }
+
+    void failingRepositoryListReturnsZeroAndLeavesTheStateAlone()
+    {
+        world.reposFail = true;
+        QCOMPARE(pass(), 0);
+        QVERIFY(!QFile::exists(statePath));
+    }
+
+    void firstPassAsksForPermissionOnce()
+    {
+        defaultsStore().remove(FreedesktopNotificationCenter::authorizationKey);
+        QCOMPARE(runToEnd(center->authorizationStatus()).value,
+                 NotificationCenter::Authorization::NotDetermined);
+        world.repositories = {QStringLiteral("ann/tool")};
+        pass();
+        QCOMPARE(runToEnd(center->authorizationStatus()).value,
+                 NotificationCenter::Authorization::Authorized);
+        QCOMPARE(defaultsStore().value(FreedesktopNotificationCenter::authorizationKey),
+                 QVariant(true));
+    }
+
+    void refusedPermissionPostsNothingButThePassGoesOn()
+    {
+        defaultsStore().setValue(FreedesktopNotificationCenter::authorizationKey, false);
+        world.repositories = {QStringLiteral("ann/tool")};
+        world.pulls[QStringLiteral("ann/tool")] = {
+            pull(7, QStringLiteral("T"), QStringLiteral("s7"))};
+        QCOMPARE(pass(), 1);
+        QTest::qWait(300);
+        QCOMPARE(notifications->received.size(), 0);
+        QCOMPARE(storedState().announcedNewPRs, QSet<QString>{QStringLiteral("ann/tool#7")});
+        defaultsStore().remove(FreedesktopNotificationCenter::authorizationKey);
+    }
+
+    void notificationsCarryTheAppsNameAndASound()
+    {
+        world.repositories = {QStringLiteral("ann/tool")};
+        world.pulls[QStringLiteral("ann/tool")] = {
+            pull(7, QStringLiteral("T"), QStringLiteral("s7"))};
+        pass();
+        QTRY_COMPARE(notifications->received.size(), 1);
+        QCOMPARE(notifications->received.first().appName, QStringLiteral("Kestrine"));
+        QVERIFY(notifications->received.first().hints.contains(QStringLiteral("sound-name")));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestNotificationService)
+#include "tst_notificationservice.moc"

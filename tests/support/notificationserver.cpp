@@ -1,0 +1,64 @@
+#include "notificationserver.h"
+
+#include <QDBusConnectionInterface>
+
+namespace kestrine::testing {
+
+namespace {
+const QString serviceName = QStringLiteral("org.freedesktop.Notifications");
+const QString objectPath = QStringLiteral("/org/freedesktop/Notifications");
+} // namespace
+
+NotificationServer::NotificationServer(QObject *parent)
+    : QObject(parent)
+{}
+
+NotificationServer::~NotificationServer()
+{
+    if (m_registered) {
+        QDBusConnection::sessionBus().unregisterObject(objectPath);
+        QDBusConnection::sessionBus().unregisterService(serviceName);
+    }
+}
+
+bool NotificationServer::start()
+{
+    QDBusConnection bus = QDBusConnection::sessionBus();
+    if (!bus.isConnected())
+        return false;
+    if (!bus.registerObject(objectPath, this, QDBusConnection::ExportAllSlots))
+        return false;
+    if (!bus.registerService(serviceName)) {
+        bus.unregisterObject(objectPath);
+        return false;
+    }
+    m_registered = true;
+    return true;
+}
+
+uint NotificationServer::Notify(const QString &appName, uint, const QString &,
+                                const QString &summary, const QString &body, const QStringList &,
+                                const QVariantMap &hints, int)
+{
+    received.append({appName, summary, body, hints});
+    return m_nextId++;
+}
+
+QStringList NotificationServer::GetCapabilities()
+{
+    return {QStringLiteral("body"), QStringLiteral("sound")};
+}
+
+QString NotificationServer::GetServerInformation(QString &vendor, QString &version,
+                                                 QString &specVersion)
+{
+    vendor = QStringLiteral("kestrine-tests");
+    version = QStringLiteral("1");
+    specVersion = QStringLiteral("1.2");
+    return QStringLiteral("test-notifications");
+}
+
+void NotificationServer::CloseNotification(uint)
+{}
+
+} // namespace kestrine::testing
