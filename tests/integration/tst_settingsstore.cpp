@@ -8,7 +8,6 @@
 #include "keychainhelper.h"
 #include "logstore.h"
 #include "outcome.h"
-#include "requestcore_p.h"
 #include "settingsstore.h"
 #include "tst_keychainprobe.h"
 
@@ -752,8 +751,9 @@ private slots:
         const std::optional<GiteaClient> client = store.client();
         QVERIFY(client.has_value());
 
-        const auto outcome = runToEnd(http::request(*client, QStringLiteral("user"), "GET"));
+        const auto outcome = runToEnd(client->currentUser());
         QVERIFY2(!outcome.error, "the request did not reach the expected path");
+        QCOMPARE(outcome.value->login, QStringLiteral("ann"));
         QCOMPARE(server.requests().size(), 1);
         const RecordedRequest &request = server.requests().first();
         QCOMPARE(request.rawPath, expectedPath);
