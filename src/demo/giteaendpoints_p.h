@@ -1,0 +1,83 @@
+#pragma once
+
+// The simulation's endpoints (giteareads.cpp, giteawrites.cpp) and the one request they serve.
+// GiteaSimulation has already done what Gitea's middleware does before an endpoint runs: the
+// token is checked, the repository is found and readable, sign-in is there where required.
+
+#include "fakegiteaserver.h"
+#include "giteajson.h"
+#include "giteastate.h"
+
+#include <QDateTime>
+#include <QJsonObject>
+#include <QUrlQuery>
+#include <optional>
+#include <variant>
+
+namespace kestrine::sim {
+
+/// One request on its way through the simulation, with the means to answer it in Gitea's words.
+struct Call
+{
+    const RecordedRequest &request;
+    const RouteParams &params;
+    State &state;
+    /// The signed-in user; null for an anonymous request.
+    const User *doer;
+    /// The repository of a route below repos/{owner}/{repo}, else null.
+    Repository *repo;
+    Renderer json;
+    QDateTime now;
+    /// The request path below the instance's root, without its leading "/" (for "Link").
+    QByteArray relativePath;
+
+    QUrlQuery query() const;
+    Access access() const;
+    /// The pull request that {index} names in this repository, or null.
+    PullRequest *pull() const;
+
+    FakeResponse answer(const QJsonValue &body, int status = 200) const;
+    FakeResponse error(int status, const QString &message) const;
+    FakeResponse notFound(const QStringList &errors = {}) const;
+
+    /// The request body as Gitea's form binding reads it: JSON when the Content-Type says so,
+    /// form fields for a url-encoded form, otherwise the 422 that Gitea answers.
+    std::variant<QJsonObject, FakeResponse> bind() const;
+};
+
+/// A body field the way Go's JSON decoder finds it: the exact key first, else one that differs
+/// only in letter case.
+QJsonValue bodyField(const QJsonObject &body, const QString &key);
+/// A string field; anything else reads as empty.
+QString bodyText(const QJsonObject &body, const QString &key);
+/// A boolean field (a form sends it as "true" or "on").
+bool bodyFlag(const QJsonObject &body, const QString &key);
+
+using Endpoint = FakeResponse (*)(Call &call);
+
+FakeResponse currentUser(Call &call);
+FakeResponse listMyRepos(Call &call);
+FakeResponse listPulls(Call &call);
+FakeResponse getPull(Call &call);
+FakeResponse pullDiff(Call &call);
+FakeResponse listReviews(Call &call);
+FakeResponse listComments(Call &call);
+FakeResponse listFiles(Call &call);
+FakeResponse listCommits(Call &call);
+FakeResponse listRuns(Call &call);
+FakeResponse listJobs(Call &call);
+FakeResponse jobLogs(Call &call);
+
+FakeResponse mergePull(Call &call);
+FakeResponse updatePull(Call &call);
+FakeResponse editPull(Call &call);
+FakeResponse createReview(Call &call);
+FakeResponse createComment(Call &call);
+FakeResponse deleteBranch(Call &call);
+FakeResponse rerunRun(Call &call);
+
+/// The reviews of a pull request that `viewer` may see: pending ones only to their author and
+/// to site admins.
+QList<const Review *> visibleReviews(const PullRequest &pull, const User *viewer);
+
+} // namespace kestrine::sim

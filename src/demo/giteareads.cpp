@@ -1,0 +1,207 @@
+// The simulation's read endpoints, each answering as the Gitea handler of the same route does.
+
+#include "giteaendpoints_p.h"
+#include "giteapaging.h"
+
+#include <QJsonArray>
+#include <algorithm>
+#include <functional>
+
+namespace kestrine::sim {
+namespace {
+
+Page pageOf(const Call &call)
+{
+    return Page::fromQuery(call.query(), call.state.defaultPagingNum, call.state.maxResponseItems);
+}
+
+/// A paged list with "Link" and "X-Total-Count", as Gitea sends repositories and pull requests.
+template <class Item, class Render>
+FakeResponse pagedList(const Call &call, const QList<Item> &all, Render render,
+                       bool withPageCounts = false)
+{
+    const Page page = pageOf(call);
+    QJsonArray items;
+    for (const auto &item : page.of(all))
+        items.append(render(item));
+    FakeResponse response = call.answer(items);
+    response.headers = pagingHeaders(all.size(), page, call.json.rootUrl(), call.relativePath,
+                                     call.request.rawQuery);
+    if (withPageCounts)
+        addPageCountHeaders(response.headers, all.size(), page);
+    return response;
+}
+
+/// Gitea's sort orders for pull request lists ("oldest", "recentupdate", "leastupdate");
+/// anything else is its default, newest first. Ties go by creation, then by id.
+std::function<bool(const PullRequest *, const PullRequest *)> pullOrder(const QString &sort)
+{
+    const bool byUpdate = sort.endsWith(QLatin1String("update"));
+    const bool ascending = sort == QLatin1String("oldest") || sort == QLatin1String("leastupdate");
+    return [byUpdate, ascending](const PullRequest *a, const PullRequest *b) {
+        auto key = [byUpdate](const PullRequest *p) {
+            return std::tuple(byUpdate ? p->updatedAt : p->createdAt, p->createdAt, p->id);
+        };
+        return ascending ? key(a) < key(b) : key(b) < key(a);
+    };
+}
+
+} // namespace
+
+QList<const Review *> visibleReviews(const PullRequest &pull, const User *viewer)
+{
+    QList<const Review *> visible;
+    for (const Review &review : pull.reviews) {
+        const bool pending = review.state == QLatin1String("PENDING");
+        if (!pending || (viewer && (viewer->isAdmin || viewer->id == review.userId)))
+            visible.append(&review);
+    }
+    return visible;
+}
+
+FakeResponse currentUser(Call &call)
+{
+    return call.answer(call.json.user(*call.doer));
+}
+
+FakeResponse listMyRepos(Call &call)
+{
+    // The repositories the user owns or collaborates on, by name as Gitea's search orders them.
+    QList<const Repository *> mine;
+    for (const Repository &repo : call.state.repositories) {
+        if (repo.ownerId == call.doer->id || repo.collaborators.contains(call.doer->id))
+            mine.append(&repo);
+    }
+    std::stable_sort(mine.begin(), mine.end(), [](const Repository *a, const Repository *b) {
+        const int byName = a->name.compare(b->name, Qt::CaseInsensitive);
+        return byName != 0 ? byName < 0 : a->id < b->id;
+    });
+    return pagedList(call, mine, [&call](const Repository *r) { return call.json.repository(*r); });
+}
+
+FakeResponse listPulls(Call &call)
+{
+    // Only "open" and "closed" filter; a missing or other state lists all, as Gitea's query does.
+    const QString state = call.query().queryItemValue(QStringLiteral("state")).trimmed();
+    QList<const PullRequest *> pulls;
+    for (const PullRequest &pull : call.repo->pulls) {
+        if ((state == QLatin1String("open") && pull.closed) ||
+            (state == QLatin1String("closed") && !pull.closed))
+            continue;
+        pulls.append(&pull);
+    }
+    std::stable_sort(pulls.begin(), pulls.end(),
+                     pullOrder(call.query().queryItemValue(QStringLiteral("sort")).trimmed()));
+    return pagedList(call, pulls, [&call](const PullRequest *p) {
+        return call.json.pullRequest(*call.repo, *p);
+    });
+}
+
+FakeResponse getPull(Call &call)
+{
+    const PullRequest *pull = call.pull();
+    return pull ? call.answer(call.json.pullRequest(*call.repo, *pull)) : call.notFound();
+}
+
+FakeResponse pullDiff(Call &call)
+{
+    const PullRequest *pull = call.pull();
+    if (!pull)
+        return call.notFound();
+    // Gitea streams `git diff` without naming a type; Go's sniffing then says plain UTF-8 text.
+    return FakeResponse{200, pull->diff, {{"Content-Type", "text/plain; charset=utf-8"}}, {}};
+}
+
+FakeResponse listReviews(Call &call)
+{
+    const PullRequest *pull = call.pull();
+    if (!pull)
+        return call.notFound();
+    QJsonArray reviews;
+    for (const Review *review : pageOf(call).of(visibleReviews(*pull, call.doer)))
+        reviews.append(call.json.review(*call.repo, *pull, *review));
+    return call.answer(reviews);
+}
+
+FakeResponse listComments(Call &call)
+{
+    const PullRequest *pull = call.pull();
+    if (!pull)
+        return call.notFound();
+    QJsonArray comments;
+    for (const Comment &comment : pull->comments)
+        comments.append(call.json.comment(*call.repo, *pull, comment));
+    return call.answer(comments);
+}
+
+FakeResponse listFiles(Call &call)
+{
+    const PullRequest *pull = call.pull();
+    if (!pull)
+        return call.notFound();
+    return pagedList(
+        call, pull->files,
+        [&](const ChangedFile &file) { return call.json.changedFile(*call.repo, *pull, file); },
+        true);
+}
+
+FakeResponse listCommits(Call &call)
+{
+    const PullRequest *pull = call.pull();
+    if (!pull)
+        return call.notFound();
+    return pagedList(
+        call, pull->commits,
+        [&call](const Commit &commit) { return call.json.commit(*call.repo, commit); }, true);
+}
+
+FakeResponse listRuns(Call &call)
+{
+    const QUrlQuery query = call.query();
+    const QString headSha = query.queryItemValue(QStringLiteral("head_sha"));
+    const QString branch = query.queryItemValue(QStringLiteral("branch"));
+    const QString event = query.queryItemValue(QStringLiteral("event"));
+    QList<const Run *> runs;
+    for (auto run = call.repo->runs.crbegin(); run != call.repo->runs.crend(); ++run) {
+        if ((headSha.isEmpty() || run->headSha == headSha) &&
+            (branch.isEmpty() || run->headBranch == branch) &&
+            (event.isEmpty() || run->event == event))
+            runs.append(&*run);
+    }
+    QJsonArray page;
+    for (const Run *run : pageOf(call).of(runs))
+        page.append(call.json.run(*call.repo, *run));
+    return call.answer(QJsonObject{{QStringLiteral("workflow_runs"), page},
+                                   {QStringLiteral("total_count"), qint64(runs.size())}});
+}
+
+FakeResponse listJobs(Call &call)
+{
+    const Run *run = call.repo->run(call.params.value(QStringLiteral("run")).toLongLong());
+    if (!run)
+        return call.notFound();
+    QJsonArray page;
+    for (const Job &job : pageOf(call).of(run->jobs))
+        page.append(call.json.job(*call.repo, *run, job));
+    return call.answer(QJsonObject{{QStringLiteral("jobs"), page},
+                                   {QStringLiteral("total_count"), qint64(run->jobs.size())}});
+}
+
+FakeResponse jobLogs(Call &call)
+{
+    const auto found = call.repo->job(call.params.value(QStringLiteral("job")).toLongLong());
+    if (!found)
+        return call.notFound();
+    const auto [run, job] = *found;
+    if (!job->log)
+        return call.notFound({QStringLiteral("job not started")});
+    const QByteArray filename =
+        QStringLiteral("%1-%2-%3.log").arg(run->workflow, job->name).arg(job->id).toUtf8();
+    return FakeResponse{200,
+                        *job->log,
+                        {{"Content-Type", "text/plain; charset=utf-8"},
+                         {"Content-Disposition", "attachment; filename=\"" + filename + '"'}},
+                        {}};
+}
+
+} // namespace kestrine::sim

@@ -1,0 +1,275 @@
+#include "giteasimulation.h"
+
+#include "giteaendpoints_p.h"
+#include "giteajson.h"
+#include "giteaseed.h"
+
+#include <QFile>
+
+namespace kestrine {
+namespace {
+
+/// What has to hold before an endpoint runs, as Gitea's route middleware checks it.
+enum class Guard {
+    /// Anyone who may see the repository (anonymous on a public one).
+    None,
+    /// A signed-in user (Gitea's reqToken).
+    Token,
+    /// A signed-in user, on a repository that is not archived.
+    TokenNotArchived,
+};
+
+/// The token of an "Authorization: token <t>" or "Authorization: Bearer <t>" header.
+std::optional<QString> presentedToken(const RecordedRequest &request)
+{
+    const QList<QByteArray> parts = request.header("Authorization").simplified().split(' ');
+    if (parts.size() != 2 || (parts.first() != "token" && parts.first().toLower() != "bearer"))
+        return std::nullopt;
+    return QString::fromUtf8(parts.last());
+}
+
+} // namespace
+
+struct GiteaSimulation::Route
+{
+    QByteArray method;
+    /// Below ".../api/v1".
+    QString pattern;
+    sim::Endpoint endpoint;
+    /// Below repos/{owner}/{repo}: the repository must exist and be visible.
+    bool inRepository;
+    Guard guard;
+};
+
+const QList<GiteaSimulation::Route> &GiteaSimulation::routes()
+{
+    using namespace sim;
+    const QString pulls = QStringLiteral("/repos/{owner}/{repo}/pulls/{index}");
+    const QString actions = QStringLiteral("/repos/{owner}/{repo}/actions");
+    // Later routes win when patterns overlap, so "{index}.diff" comes after "{index}".
+    static const QList<Route> table{
+        {"GET", QStringLiteral("/user"), currentUser, false, Guard::Token},
+        {"GET", QStringLiteral("/user/repos"), listMyRepos, false, Guard::Token},
+        {"GET", QStringLiteral("/repos/{owner}/{repo}/pulls"), listPulls, true, Guard::None},
+        {"GET", pulls, getPull, true, Guard::None},
+        {"PATCH", pulls, editPull, true, Guard::TokenNotArchived},
+        {"GET", QStringLiteral("/repos/{owner}/{repo}/pulls/{index}.diff"), pullDiff, true,
+         Guard::None},
+        {"GET", pulls + QStringLiteral("/reviews"), listReviews, true, Guard::None},
+        {"POST", pulls + QStringLiteral("/reviews"), createReview, true, Guard::TokenNotArchived},
+        {"GET", pulls + QStringLiteral("/files"), listFiles, true, Guard::None},
+        {"GET", pulls + QStringLiteral("/commits"), listCommits, true, Guard::None},
+        {"POST", pulls + QStringLiteral("/merge"), mergePull, true, Guard::TokenNotArchived},
+        {"POST", pulls + QStringLiteral("/update"), updatePull, true, Guard::TokenNotArchived},
+        {"GET", QStringLiteral("/repos/{owner}/{repo}/issues/{index}/comments"), listComments, true,
+         Guard::None},
+        {"POST", QStringLiteral("/repos/{owner}/{repo}/issues/{index}/comments"), createComment,
+         true, Guard::TokenNotArchived},
+        {"DELETE", QStringLiteral("/repos/{owner}/{repo}/branches/{branch*}"), deleteBranch, true,
+         Guard::TokenNotArchived},
+        {"GET", actions + QStringLiteral("/runs"), listRuns, true, Guard::None},
+        {"GET", actions + QStringLiteral("/runs/{run}/jobs"), listJobs, true, Guard::None},
+        {"POST", actions + QStringLiteral("/runs/{run}/rerun"), rerunRun, true,
+         Guard::TokenNotArchived},
+        {"GET", actions + QStringLiteral("/jobs/{job}/logs"), jobLogs, true, Guard::None},
+    };
+    return table;
+}
+
+GiteaSimulation::GiteaSimulation(const QByteArray &seedJson)
+{
+    loadSeed(seedJson);
+}
+
+GiteaSimulation::GiteaSimulation(const QString &seedPath)
+{
+    QFile file(seedPath);
+    if (file.open(QIODevice::ReadOnly))
+        loadSeed(file.readAll());
+    else
+        m_loadError =
+            QStringLiteral("cannot read the seed %1: %2").arg(seedPath, file.errorString());
+}
+
+GiteaSimulation::~GiteaSimulation()
+{
+    // The server's routes call into this object: they must not outlive it.
+    if (m_server)
+        m_server->clearRoutes();
+}
+
+bool GiteaSimulation::loadSeed(const QByteArray &seedJson)
+{
+    sim::SeedResult result = sim::readSeed(seedJson);
+    m_state = result.state ? std::move(*result.state) : sim::State();
+    m_loadError = result.error;
+    return isValid();
+}
+
+void GiteaSimulation::install(FakeGiteaServer *server, const QString &pathPrefix)
+{
+    m_server = server;
+    m_pathPrefix = pathPrefix.endsWith(u'/') ? pathPrefix.chopped(1) : pathPrefix;
+    const QString api = m_pathPrefix + QStringLiteral("/api/v1");
+    for (const Route &route : routes()) {
+        server->route(route.method, api + route.pattern,
+                      [this, &route](const RecordedRequest &request, const RouteParams &params) {
+                          return serve(route, request, params);
+                      });
+    }
+}
+
+QString GiteaSimulation::rootUrl() const
+{
+    // Without a server, Gitea's own default ROOT_URL.
+    const QString origin =
+        m_server ? m_server->baseUrl().toString() : QStringLiteral("http://localhost:3000");
+    return origin + m_pathPrefix + u'/';
+}
+
+void GiteaSimulation::setClock(std::function<QDateTime()> clock)
+{
+    m_clock = std::move(clock);
+}
+
+QDateTime GiteaSimulation::now() const
+{
+    // Gitea keeps times in whole seconds.
+    return m_clock ? m_clock().toUTC()
+                   : QDateTime::fromSecsSinceEpoch(QDateTime::currentSecsSinceEpoch(), Qt::UTC);
+}
+
+const sim::User *GiteaSimulation::viewer() const
+{
+    return m_state.user(m_state.defaultViewerId);
+}
+
+FakeResponse GiteaSimulation::serve(const Route &route, const RecordedRequest &request,
+                                    const RouteParams &params)
+{
+    const QString root = rootUrl();
+    const QString swagger = root + QStringLiteral("api/swagger");
+    auto refuse = [&swagger](int status, const QString &message) {
+        return FakeResponse::json(sim::errorBody(message, swagger), status);
+    };
+    if (!isValid())
+        return refuse(500, m_loadError);
+
+    // A token that belongs to nobody is refused outright; no token at all is an anonymous call.
+    const sim::User *doer = nullptr;
+    if (m_state.tokens.isEmpty()) {
+        doer = viewer();
+    } else if (const std::optional<QString> token = presentedToken(request)) {
+        const auto holder = m_state.tokens.constFind(*token);
+        if (holder == m_state.tokens.constEnd())
+            return refuse(401, QStringLiteral("user does not exist [uid: 0, name: ]"));
+        doer = m_state.user(*holder);
+    }
+
+    sim::Repository *repo = nullptr;
+    if (route.inRepository) {
+        repo = m_state.repository(params.value(QStringLiteral("owner")),
+                                  params.value(QStringLiteral("repo")));
+        if (!repo || m_state.access(*repo, doer) == sim::Access::None)
+            return refuseUnknownRepository(params, swagger);
+    }
+    if (route.guard != Guard::None && !doer)
+        return refuse(401, QStringLiteral("token is required"));
+    if (route.guard == Guard::TokenNotArchived && repo->archived) {
+        return refuse(423, QStringLiteral("<Repository %1:%2/%3> is archived")
+                               .arg(repo->id)
+                               .arg(m_state.user(repo->ownerId)->login, repo->name));
+    }
+
+    sim::Call call{request, params,
+                   m_state, doer,
+                   repo,    sim::Renderer(m_state, root, doer),
+                   now(),   request.rawPath.mid(m_pathPrefix.toUtf8().size() + 1)};
+    return route.endpoint(call);
+}
+
+FakeResponse GiteaSimulation::refuseUnknownRepository(const RouteParams &params,
+                                                      const QString &swagger) const
+{
+    // An unknown owner is named in Gitea's answer; an unknown or hidden repository is not.
+    const QString owner = params.value(QStringLiteral("owner"));
+    if (!m_state.user(owner)) {
+        return FakeResponse::json(
+            sim::notFoundBody(
+                swagger,
+                {QStringLiteral("user redirect does not exist [name: %1]").arg(owner.toLower())},
+                QStringLiteral("GetUserByName")),
+            404);
+    }
+    return FakeResponse::json(sim::notFoundBody(swagger), 404);
+}
+
+sim::Renderer GiteaSimulation::renderer() const
+{
+    return sim::Renderer(m_state, rootUrl(), viewer());
+}
+
+std::pair<const sim::Repository *, const sim::PullRequest *>
+GiteaSimulation::findPull(const QString &owner, const QString &repo, int number) const
+{
+    const sim::Repository *found = m_state.repository(owner, repo);
+    return {found, found ? found->pull(number) : nullptr};
+}
+
+std::pair<const sim::Repository *, const sim::Run *>
+GiteaSimulation::findRun(const QString &owner, const QString &repo, qint64 runId) const
+{
+    const sim::Repository *found = m_state.repository(owner, repo);
+    return {found, found ? found->run(runId) : nullptr};
+}
+
+std::optional<QJsonObject> GiteaSimulation::pullRequest(const QString &owner, const QString &repo,
+                                                        int number) const
+{
+    const auto [r, pull] = findPull(owner, repo, number);
+    return pull ? std::optional(renderer().pullRequest(*r, *pull)) : std::nullopt;
+}
+
+QJsonArray GiteaSimulation::reviews(const QString &owner, const QString &repo, int number) const
+{
+    const auto [r, pull] = findPull(owner, repo, number);
+    QJsonArray result;
+    for (const sim::Review *review :
+         pull ? sim::visibleReviews(*pull, viewer()) : QList<const sim::Review *>())
+        result.append(renderer().review(*r, *pull, *review));
+    return result;
+}
+
+QJsonArray GiteaSimulation::comments(const QString &owner, const QString &repo, int number) const
+{
+    const auto [r, pull] = findPull(owner, repo, number);
+    QJsonArray result;
+    for (const sim::Comment &comment : pull ? pull->comments : QList<sim::Comment>())
+        result.append(renderer().comment(*r, *pull, comment));
+    return result;
+}
+
+bool GiteaSimulation::branchExists(const QString &owner, const QString &repo,
+                                   const QString &branch) const
+{
+    const sim::Repository *r = m_state.repository(owner, repo);
+    return r && r->branch(branch);
+}
+
+std::optional<QJsonObject> GiteaSimulation::run(const QString &owner, const QString &repo,
+                                                qint64 runId) const
+{
+    const auto [r, found] = findRun(owner, repo, runId);
+    return found ? std::optional(renderer().run(*r, *found)) : std::nullopt;
+}
+
+QJsonArray GiteaSimulation::jobs(const QString &owner, const QString &repo, qint64 runId) const
+{
+    const auto [r, found] = findRun(owner, repo, runId);
+    QJsonArray result;
+    for (const sim::Job &job : found ? found->jobs : QList<sim::Job>())
+        result.append(renderer().job(*r, *found, job));
+    return result;
+}
+
+} // namespace kestrine
