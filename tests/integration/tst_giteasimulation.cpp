@@ -1,0 +1,1296 @@
+// The in-memory Gitea behind the fake server: every endpoint the app calls, answered from the
+// seed in tests/data/gitea/seed.json with Gitea's shapes, statuses and messages, and the state
+// changing as the write endpoints are called.
+
+#include "fakegiteaserver.h"
+#include "fixtures.h"
+#include "giteasimulation.h"
+
+#include <QCoroNetworkReply>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QNetworkAccessManager>
+#include <QNetworkReply>
+#include <QRegularExpression>
+#include <QtTest>
+
+using namespace kestrine;
+
+namespace {
+
+// The seed's tokens.
+const QByteArray annToken = "4f1c9e2d7a6b5c3d8e0f1a2b3c4d5e6f7a8b9c0d"; // owns ann/*; site admin
+const QByteArray boToken = "9e8d7c6b5a4f3e2d1c0b9a8f7e6d5c4b3a291807";  // writes to ann/tool
+const QByteArray cyToken = "c0ffee00c0ffee00c0ffee00c0ffee00c0ffee00";  // reads ann/tool
+
+// Request bodies the tests send most.
+const QByteArray mergeBody = "{\"Do\":\"merge\"}";
+const QByteArray closeBody = "{\"state\":\"closed\"}";
+const QByteArray manualMergeBody = "{\"Do\":\"manually-merged\"}";
+
+const QString toolHead = QStringLiteral("9a8b7c6d5e4f30211223344556677889900aabbc");
+
+struct Answer
+{
+    int status = 0;
+    QByteArray body;
+    QList<QNetworkReply::RawHeaderPair> headers;
+
+    QByteArray header(const QByteArray &name) const
+    {
+        for (const auto &[key, value] : headers) {
+            if (key.compare(name, Qt::CaseInsensitive) == 0)
+                return value;
+        }
+        return {};
+    }
+    QJsonObject object() const { return QJsonDocument::fromJson(body).object(); }
+    QJsonArray array() const { return QJsonDocument::fromJson(body).array(); }
+    QString message() const { return object().value(QStringLiteral("message")).toString(); }
+};
+
+QList<int> numbersOf(const QJsonArray &pulls)
+{
+    QList<int> numbers;
+    for (const QJsonValue &pull : pulls)
+        numbers.append(pull.toObject().value(QStringLiteral("number")).toInt());
+    return numbers;
+}
+
+QList<qint64> idsOf(const QJsonArray &items)
+{
+    QList<qint64> ids;
+    for (const QJsonValue &item : items)
+        ids.append(item.toObject().value(QStringLiteral("id")).toInteger());
+    return ids;
+}
+
+QStringList keysMissing(const QJsonObject &expected, const QJsonObject &actual)
+{
+    QStringList missing;
+    for (const QString &key : expected.keys()) {
+        if (!actual.contains(key))
+            missing.append(key);
+    }
+    return missing;
+}
+
+/// A seed with one user "ann" (token "t0k3n"), `repositories` repositories named repo-001...,
+/// and `pulls` open pull requests in the first one.
+QByteArray generatedSeed(int repositories, int pulls = 0)
+{
+    QJsonArray repos;
+    for (int i = 1; i <= repositories; ++i) {
+        QJsonObject repo{
+            {QStringLiteral("owner"), QStringLiteral("ann")},
+            {QStringLiteral("name"), QStringLiteral("repo-%1").arg(i, 3, 10, QChar(u'0'))}};
+        QJsonArray pullList;
+        for (int n = 1; i == 1 && n <= pulls; ++n) {
+            pullList.append(QJsonObject{
+                {QStringLiteral("user"), QStringLiteral("ann")},
+                {QStringLiteral("title"), QStringLiteral("Change %1").arg(n)},
+                {QStringLiteral("head"), QStringLiteral("change-%1").arg(n)},
+                {QStringLiteral("created_at"), QDateTime(QDate(2024, 1, 1), QTime(0, 0), Qt::UTC)
+                                                   .addSecs(60 * n)
+                                                   .toString(Qt::ISODate)}});
+        }
+        repo.insert(QStringLiteral("pulls"), pullList);
+        repos.append(repo);
+    }
+    const QJsonObject seed{
+        {QStringLiteral("users"), QJsonArray{QJsonObject{{QStringLiteral("login"), "ann"}}}},
+        {QStringLiteral("tokens"), QJsonObject{{QStringLiteral("t0k3n"), "ann"}}},
+        {QStringLiteral("repositories"), repos}};
+    return QJsonDocument(seed).toJson(QJsonDocument::Compact);
+}
+
+QJsonObject seedPull(int number)
+{
+    const QJsonObject seed =
+        QJsonDocument::fromJson(fixtures::read(QStringLiteral("gitea/seed.json"))).object();
+    for (const QJsonValue &pull : seed.value(QStringLiteral("repositories"))
+                                      .toArray()
+                                      .first()[QStringLiteral("pulls")]
+                                      .toArray()) {
+        if (pull[QStringLiteral("number")].toInt() == number)
+            return pull.toObject();
+    }
+    return {};
+}
+
+} // namespace
+
+class TestGiteaSimulation : public QObject
+{
+    Q_OBJECT
+
+private:
+    FakeGiteaServer *server = nullptr;
+    std::unique_ptr<GiteaSimulation> sim;
+    QNetworkAccessManager nam;
+
+    QString root() const { return sim->rootUrl(); }
+    QString swagger() const { return root() + QStringLiteral("api/swagger"); }
+
+    Answer send(const QByteArray &method, const QString &path, const QByteArray &token = annToken,
+                const QByteArray &body = {},
+                const QByteArray &contentType = QByteArrayLiteral("application/json"))
+    {
+        QNetworkRequest request(QUrl(server->baseUrl().toString() + path, QUrl::TolerantMode));
+        if (!token.isEmpty())
+            request.setRawHeader("Authorization", "token " + token);
+        if (!body.isEmpty() && !contentType.isEmpty())
+            request.setRawHeader("Content-Type", contentType);
+        std::unique_ptr<QNetworkReply> reply(body.isEmpty()
+                                                 ? nam.sendCustomRequest(request, method)
+                                                 : nam.sendCustomRequest(request, method, body));
+        QCoro::waitFor(qCoro(reply.get()).waitForFinished());
+        return {reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt(),
+                reply->readAll(), reply->rawHeaderPairs()};
+    }
+
+    Answer get(const QString &path, const QByteArray &token = annToken)
+    {
+        return send("GET", path, token);
+    }
+
+    QJsonObject pull(int number, const QString &repo = QStringLiteral("ann/tool"))
+    {
+        const auto [owner, name] = std::pair(repo.section(u'/', 0, 0), repo.section(u'/', 1));
+        return sim->pullRequest(owner, name, number).value_or(QJsonObject());
+    }
+
+    void useSeed(const QByteArray &seed)
+    {
+        sim = std::make_unique<GiteaSimulation>(seed);
+        QVERIFY2(sim->isValid(), qPrintable(sim->loadError()));
+        sim->install(server);
+    }
+
+private slots:
+    void init()
+    {
+        server = new FakeGiteaServer(this);
+        QVERIFY(server->listen());
+        useSeed(fixtures::read(QStringLiteral("gitea/seed.json")));
+        sim->setClock([] { return QDateTime(QDate(2024, 6, 1), QTime(12, 0), Qt::UTC); });
+    }
+
+    void cleanup()
+    {
+        sim.reset();
+        delete server;
+        server = nullptr;
+    }
+
+    // --- The seed ---
+
+    void brokenSeedIsRefusedWithTheReason_data()
+    {
+        QTest::addColumn<QByteArray>("seed");
+        QTest::addColumn<QString>("reason");
+        QTest::newRow("not JSON") << QByteArray("{\"users\": [") << QStringLiteral("seed: ");
+        QTest::newRow("unknown owner")
+            << QByteArray("{\"users\":[{\"login\":\"ann\"}],\"repositories\":[{\"owner\":\"zed\","
+                          "\"name\":\"x\"}]}")
+            << QStringLiteral("seed.repositories[0]: unknown user \"zed\"");
+        QTest::newRow("bad date")
+            << QByteArray("{\"users\":[{\"login\":\"ann\",\"created\":\"yesterday\"}]}")
+            << QStringLiteral("seed.users[0]: \"created\" is not a date-time: \"yesterday\"");
+        QTest::newRow("unknown review state")
+            << QByteArray("{\"users\":[{\"login\":\"ann\"}],\"repositories\":[{\"owner\":\"ann\","
+                          "\"name\":\"x\", "
+                          "\"pulls\":[{\"user\":\"ann\",\"title\":\"t\",\"head\":\"h\",\"reviews\":"
+                          "[{\"user\":\"ann\",\"state\":\"LGTM\"}]}]}]}")
+            << QStringLiteral("seed.repositories[0].pulls[0].reviews[0]: \"state\" is \"LGTM\"");
+        QTest::newRow("conclusion of running work")
+            << QByteArray(
+                   "{\"users\":[{\"login\":\"ann\"}],\"repositories\":[{\"owner\":\"ann\",\"name\":"
+                   "\"x\", "
+                   "\"runs\":{\"abc\":[{\"display_title\":\"t\",\"head_branch\":\"h\",\"actor\":"
+                   "\"ann\", \"status\":\"in_progress\",\"conclusion\":\"success\"}]}}]}")
+            << QStringLiteral("seed.repositories[0].runs.abc[0]: \"conclusion\" is only for");
+        QTest::newRow("token of nobody")
+            << QByteArray("{\"users\":[{\"login\":\"ann\"}],\"tokens\":{\"t\":\"bob\"}}")
+            << QStringLiteral("seed.tokens: unknown user \"bob\"");
+    }
+
+    void brokenSeedIsRefusedWithTheReason()
+    {
+        QFETCH(QByteArray, seed);
+        QFETCH(QString, reason);
+        GiteaSimulation broken(seed);
+        QVERIFY(!broken.isValid());
+        QVERIFY2(broken.loadError().startsWith(reason), qPrintable(broken.loadError()));
+        QVERIFY(broken.state().repositories.isEmpty());
+    }
+
+    void brokenSeedAnswersEveryRequestWith500()
+    {
+        sim = std::make_unique<GiteaSimulation>(QByteArray("[]"));
+        sim->install(server);
+        const Answer answer = get(QStringLiteral("/api/v1/user"));
+        QCOMPARE(answer.status, 500);
+        QCOMPARE(answer.message(), QStringLiteral("seed: not an object"));
+    }
+
+    void seedIsReadFromAFile()
+    {
+        GiteaSimulation fromFile(QStringLiteral(KESTRINE_TEST_DATA_DIR "/gitea/seed.json"));
+        QVERIFY2(fromFile.isValid(), qPrintable(fromFile.loadError()));
+        QCOMPARE(fromFile.state().repositories.size(), 4);
+        GiteaSimulation missing(QStringLiteral("/nonexistent/seed.json"));
+        QVERIFY(missing.loadError().startsWith(
+            QStringLiteral("cannot read the seed /nonexistent/seed.json")));
+    }
+
+    // --- Authentication ---
+
+    void currentUserIsTheTokensUser()
+    {
+        const Answer answer = get(QStringLiteral("/api/v1/user"));
+        QCOMPARE(answer.status, 200);
+        QCOMPARE(answer.header("Content-Type"), QByteArray("application/json;charset=utf-8"));
+        const QJsonObject user = answer.object();
+        QCOMPARE(user[QStringLiteral("id")].toInt(), 3);
+        QCOMPARE(user[QStringLiteral("login")].toString(), QStringLiteral("ann"));
+        QCOMPARE(user[QStringLiteral("full_name")].toString(), QStringLiteral("Ann Andersson"));
+        QCOMPARE(user[QStringLiteral("email")].toString(), QStringLiteral("ann@example.org"));
+        QCOMPARE(user[QStringLiteral("language")].toString(), QStringLiteral("en-US"));
+        QCOMPARE(user[QStringLiteral("is_admin")].toBool(), true);
+        QCOMPARE(user[QStringLiteral("last_login")].toString(),
+                 QStringLiteral("2024-04-30T08:12:44Z"));
+        QCOMPARE(user[QStringLiteral("html_url")].toString(), root() + QStringLiteral("ann"));
+        const QJsonObject model =
+            QJsonDocument::fromJson(fixtures::read(QStringLiteral("gitea/user.json"))).object();
+        QCOMPARE(keysMissing(model, user), QStringList());
+        QCOMPARE(get(QStringLiteral("/api/v1/user"), boToken).object()[QStringLiteral("login")],
+                 QJsonValue(QStringLiteral("bo")));
+    }
+
+    void privateDetailsAreShownOnlyToTheUserAndToAdmins()
+    {
+        // cy keeps the e-mail address private: bo sees a placeholder and no private details.
+        auto cyAsSeenBy = [&](const QByteArray &token) {
+            return get(QStringLiteral("/api/v1/repos/ann/tool/pulls/8"), token)
+                .object()[QStringLiteral("user")]
+                .toObject();
+        };
+        const QJsonObject forBo = cyAsSeenBy(boToken);
+        QCOMPARE(forBo[QStringLiteral("email")].toString(), QStringLiteral("cy@noreply.127.0.0.1"));
+        QCOMPARE(forBo[QStringLiteral("last_login")].toString(),
+                 QStringLiteral("0001-01-01T00:00:00Z"));
+        QCOMPARE(forBo[QStringLiteral("active")].toBool(), false);
+        // A site admin and cy themselves see all of it.
+        const QJsonObject forAnn = cyAsSeenBy(annToken);
+        QCOMPARE(forAnn[QStringLiteral("email")].toString(), QStringLiteral("cy@example.org"));
+        QCOMPARE(forAnn[QStringLiteral("last_login")].toString(),
+                 QStringLiteral("2024-05-02T07:40:00Z"));
+        QCOMPARE(cyAsSeenBy(cyToken)[QStringLiteral("email")].toString(),
+                 QStringLiteral("cy@example.org"));
+        // An address that is not kept private is shown to every signed-in user.
+        const QJsonObject boForCy = get(QStringLiteral("/api/v1/repos/ann/tool/pulls/7"), cyToken)
+                                        .object()[QStringLiteral("user")]
+                                        .toObject();
+        QCOMPARE(boForCy[QStringLiteral("email")].toString(), QStringLiteral("bo@example.org"));
+        QCOMPARE(boForCy[QStringLiteral("is_admin")].toBool(), false);
+    }
+
+    void withoutATokenOnlyPublicReadsAreAnswered()
+    {
+        const Answer user = get(QStringLiteral("/api/v1/user"), {});
+        QCOMPARE(user.status, 401);
+        QCOMPARE(user.object(),
+                 QJsonObject({{QStringLiteral("message"), QStringLiteral("token is required")},
+                              {QStringLiteral("url"), swagger()}}));
+        QCOMPARE(get(QStringLiteral("/api/v1/user/repos"), {}).status, 401);
+        QCOMPARE(get(QStringLiteral("/api/v1/repos/ann/tool/pulls"), {}).status, 200);
+        // A private repository does not exist for an anonymous caller.
+        QCOMPARE(get(QStringLiteral("/api/v1/repos/ann/website/pulls"), {}).status, 404);
+        const Answer merge =
+            send("POST", QStringLiteral("/api/v1/repos/ann/tool/pulls/7/merge"), {}, mergeBody);
+        QCOMPARE(merge.status, 401);
+        QCOMPARE(merge.message(), QStringLiteral("token is required"));
+        QCOMPARE(pull(7)[QStringLiteral("merged")].toBool(), false);
+    }
+
+    void anUnknownTokenIsRefusedEverywhere()
+    {
+        for (const QString &path :
+             {QStringLiteral("/api/v1/user"), QStringLiteral("/api/v1/repos/ann/tool/pulls")}) {
+            const Answer answer = get(path, "0000000000000000000000000000000000000000");
+            QCOMPARE(answer.status, 401);
+            QCOMPARE(answer.message(), QStringLiteral("user does not exist [uid: 0, name: ]"));
+        }
+    }
+
+    void bearerTokensAreAcceptedToo()
+    {
+        QNetworkRequest request(
+            QUrl(server->baseUrl().toString() + QStringLiteral("/api/v1/user")));
+        request.setRawHeader("Authorization", "Bearer " + boToken);
+        std::unique_ptr<QNetworkReply> reply(nam.get(request));
+        QCoro::waitFor(qCoro(reply.get()).waitForFinished());
+        QCOMPARE(QJsonDocument::fromJson(reply->readAll()).object()[QStringLiteral("login")],
+                 QJsonValue(QStringLiteral("bo")));
+    }
+
+    void aSeedWithoutTokensAcceptsEveryRequestAsTheViewer()
+    {
+        useSeed("{\"users\":[{\"login\":\"dee\"},{\"login\":\"eve\"}],\"viewer\":\"eve\"}");
+        const Answer answer = get(QStringLiteral("/api/v1/user"), {});
+        QCOMPARE(answer.status, 200);
+        QCOMPARE(answer.object()[QStringLiteral("login")].toString(), QStringLiteral("eve"));
+        QCOMPARE(get(QStringLiteral("/api/v1/user"), "anything").status, 200);
+    }
+
+    // --- Repositories and paging ---
+
+    void repositoriesOfTheUserAreListedByName()
+    {
+        const Answer answer = get(QStringLiteral("/api/v1/user/repos?page=1&limit=50"));
+        QCOMPARE(answer.status, 200);
+        const QJsonArray repos = answer.array();
+        QStringList names;
+        for (const QJsonValue &repo : repos)
+            names.append(repo[QStringLiteral("full_name")].toString());
+        // Owned and collaborated on; bo/dotfiles is someone else's.
+        QCOMPARE(names, QStringList({"cy/infra", "ann/tool", "ann/website"}));
+        QCOMPARE(answer.header("X-Total-Count"), QByteArray("3"));
+        QVERIFY(!answer.header("Link").size());
+        const QJsonObject tool = repos.at(1).toObject();
+        const QJsonObject model =
+            QJsonDocument::fromJson(fixtures::read(QStringLiteral("gitea/repository.json")))
+                .object();
+        QCOMPARE(keysMissing(model, tool), QStringList());
+        QCOMPARE(tool[QStringLiteral("owner")][QStringLiteral("login")].toString(),
+                 QStringLiteral("ann"));
+        QCOMPARE(tool[QStringLiteral("open_pr_counter")].toInt(), 5);
+        QCOMPARE(tool[QStringLiteral("clone_url")].toString(),
+                 root() + QStringLiteral("ann/tool.git"));
+        QCOMPARE(tool[QStringLiteral("permissions")].toObject(),
+                 QJsonObject({{"admin", true}, {"push", true}, {"pull", true}}));
+        QCOMPARE(repos.at(2)[QStringLiteral("private")].toBool(), true);
+        QCOMPARE(get(QStringLiteral("/api/v1/user/repos"), boToken).array().size(), 3);
+    }
+
+    void sixHundredRepositoriesComeInPagesOfFifty()
+    {
+        useSeed(generatedSeed(600));
+        QSet<QString> seen;
+        for (int page = 1; page <= 12; ++page) {
+            const Answer answer =
+                get(QStringLiteral("/api/v1/user/repos?page=%1&limit=50").arg(page), "t0k3n");
+            QCOMPARE(answer.status, 200);
+            QCOMPARE(answer.array().size(), 50);
+            QCOMPARE(answer.header("X-Total-Count"), QByteArray("600"));
+            for (const QJsonValue &repo : answer.array())
+                seen.insert(repo[QStringLiteral("name")].toString());
+        }
+        QCOMPARE(seen.size(), 600);
+        const Answer past = get(QStringLiteral("/api/v1/user/repos?page=13&limit=50"), "t0k3n");
+        QCOMPARE(past.array().size(), 0);
+    }
+
+    void linkHeaderNamesTheOtherPagesAsGiteaDoes()
+    {
+        useSeed(generatedSeed(600));
+        const QString base = root() + QStringLiteral("api/v1/user/repos?limit=50&page=");
+        auto links = [&](const QString &query) {
+            return QString::fromUtf8(
+                get(QStringLiteral("/api/v1/user/repos?") + query, "t0k3n").header("Link"));
+        };
+        QCOMPARE(
+            links(QStringLiteral("page=1&limit=50")),
+            QStringLiteral("<%1%2>; rel=\"next\",<%1%3>; rel=\"last\"").arg(base).arg(2).arg(12));
+        QCOMPARE(links(QStringLiteral("limit=50&page=5")),
+                 QStringLiteral("<%1%2>; rel=\"next\",<%1%3>; rel=\"last\",<%1%4>; rel=\"first\","
+                                "<%1%5>; rel=\"prev\"")
+                     .arg(base)
+                     .arg(6)
+                     .arg(12)
+                     .arg(1)
+                     .arg(4));
+        QCOMPARE(
+            links(QStringLiteral("page=12&limit=50")),
+            QStringLiteral("<%1%2>; rel=\"first\",<%1%3>; rel=\"prev\"").arg(base).arg(1).arg(11));
+        // Past the end Gitea counts from the last page.
+        QCOMPARE(
+            links(QStringLiteral("page=40&limit=50")),
+            QStringLiteral("<%1%2>; rel=\"first\",<%1%3>; rel=\"prev\"").arg(base).arg(1).arg(11));
+    }
+
+    void limitDefaultsToThirtyAndIsCappedAtFifty()
+    {
+        useSeed(generatedSeed(600));
+        QCOMPARE(get(QStringLiteral("/api/v1/user/repos"), "t0k3n").array().size(), 30);
+        QCOMPARE(get(QStringLiteral("/api/v1/user/repos?limit=0"), "t0k3n").array().size(), 30);
+        QCOMPARE(get(QStringLiteral("/api/v1/user/repos?limit=500"), "t0k3n").array().size(), 50);
+        QCOMPARE(get(QStringLiteral("/api/v1/user/repos?limit=7&page=86"), "t0k3n").array().size(),
+                 5);
+    }
+
+    // --- Pull requests ---
+
+    void pullListFiltersByStateNewestFirst()
+    {
+        auto numbers = [&](const QString &query) {
+            return numbersOf(get(QStringLiteral("/api/v1/repos/ann/tool/pulls") + query).array());
+        };
+        QCOMPARE(numbers(QStringLiteral("?state=open&limit=100")), QList<int>({8, 11, 9, 7, 10}));
+        QCOMPARE(numbers(QStringLiteral("?state=closed")), QList<int>({6, 5}));
+        QCOMPARE(numbers(QStringLiteral("?state=all")).size(), 7);
+        // Gitea filters only on "open" and "closed": without a state every one is listed.
+        QCOMPARE(numbers(QString()).size(), 7);
+        QCOMPARE(numbers(QStringLiteral("?state=all&sort=oldest")),
+                 QList<int>({5, 6, 10, 7, 9, 11, 8}));
+        QCOMPARE(numbers(QStringLiteral("?state=open&sort=recentupdate")),
+                 QList<int>({8, 11, 7, 9, 10}));
+        QCOMPARE(get(QStringLiteral("/api/v1/repos/bo/dotfiles/pulls?state=open")).body,
+                 QByteArray("[]"));
+    }
+
+    void pullListOfAHundredIsCutToFifty()
+    {
+        useSeed(generatedSeed(1, 60));
+        const Answer answer =
+            get(QStringLiteral("/api/v1/repos/ann/repo-001/pulls?state=open&limit=100"), "t0k3n");
+        QCOMPARE(answer.array().size(), 50);
+        QCOMPARE(answer.header("X-Total-Count"), QByteArray("60"));
+        QCOMPARE(answer.array().first()[QStringLiteral("number")].toInt(), 60);
+        // The other pages keep the query as sent, its keys in Go's sorted order.
+        QVERIFY(answer.header("Link").contains("pulls?limit=100&page=2&state=open>; rel=\"next\""));
+    }
+
+    void pullRequestHasGiteasFullShape()
+    {
+        const Answer answer = get(QStringLiteral("/api/v1/repos/ann/tool/pulls/7"));
+        QCOMPARE(answer.status, 200);
+        const QJsonObject pr = answer.object();
+        const QJsonObject model =
+            QJsonDocument::fromJson(fixtures::read(QStringLiteral("gitea/pull.json"))).object();
+        QCOMPARE(keysMissing(model, pr), QStringList());
+        QCOMPARE(keysMissing(model[QStringLiteral("base")].toObject(),
+                             pr[QStringLiteral("base")].toObject()),
+                 QStringList());
+        QCOMPARE(keysMissing(model[QStringLiteral("base")][QStringLiteral("repo")].toObject(),
+                             pr[QStringLiteral("base")][QStringLiteral("repo")].toObject()),
+                 QStringList());
+        QCOMPARE(pr[QStringLiteral("id")].toInt(), 101);
+        QCOMPARE(pr[QStringLiteral("user")][QStringLiteral("login")].toString(),
+                 QStringLiteral("bo"));
+        QCOMPARE(pr[QStringLiteral("state")].toString(), QStringLiteral("open"));
+        QCOMPARE(pr[QStringLiteral("draft")].toBool(), false);
+        QCOMPARE(pr[QStringLiteral("mergeable")].toBool(), true);
+        QCOMPARE(pr[QStringLiteral("merged")].toBool(), false);
+        QVERIFY(pr[QStringLiteral("merged_at")].isNull());
+        QVERIFY(pr[QStringLiteral("merge_commit_sha")].isNull());
+        QVERIFY(pr[QStringLiteral("merged_by")].isNull());
+        QVERIFY(pr[QStringLiteral("closed_at")].isNull());
+        QCOMPARE(pr[QStringLiteral("created_at")].toString(),
+                 QStringLiteral("2024-04-29T14:03:51Z"));
+        QCOMPARE(pr[QStringLiteral("base")][QStringLiteral("ref")].toString(),
+                 QStringLiteral("main"));
+        QCOMPARE(pr[QStringLiteral("base")][QStringLiteral("sha")].toString(),
+                 QStringLiteral("0f5e8c1b2a3d4e5f60718293a4b5c6d7e8f90123"));
+        QCOMPARE(pr[QStringLiteral("base")][QStringLiteral("repo")][QStringLiteral("full_name")]
+                     .toString(),
+                 QStringLiteral("ann/tool"));
+        QCOMPARE(pr[QStringLiteral("head")][QStringLiteral("ref")].toString(),
+                 QStringLiteral("retry-upload"));
+        QCOMPARE(pr[QStringLiteral("head")][QStringLiteral("sha")].toString(), toolHead);
+        QCOMPARE(pr[QStringLiteral("labels")][0][QStringLiteral("color")].toString(),
+                 QStringLiteral("84b6eb"));
+        QCOMPARE(pr[QStringLiteral("assignees")][0][QStringLiteral("login")].toString(),
+                 QStringLiteral("bo"));
+        // Counts follow the changed files and the conversation.
+        QCOMPARE(pr[QStringLiteral("additions")].toInt(), 30);
+        QCOMPARE(pr[QStringLiteral("deletions")].toInt(), 13);
+        QCOMPARE(pr[QStringLiteral("changed_files")].toInt(), 4);
+        QCOMPARE(pr[QStringLiteral("comments")].toInt(), 2);
+        QCOMPARE(pr[QStringLiteral("html_url")].toString(),
+                 root() + QStringLiteral("ann/tool/pulls/7"));
+        QCOMPARE(pr[QStringLiteral("diff_url")].toString(),
+                 root() + QStringLiteral("ann/tool/pulls/7.diff"));
+    }
+
+    void draftsAndUnmergeablePullRequestsSayNotMergeable()
+    {
+        const QJsonObject draft = get(QStringLiteral("/api/v1/repos/ann/tool/pulls/8")).object();
+        QCOMPARE(draft[QStringLiteral("draft")].toBool(), true);
+        QCOMPARE(draft[QStringLiteral("mergeable")].toBool(), false);
+        const QJsonObject blocked = get(QStringLiteral("/api/v1/repos/ann/tool/pulls/11")).object();
+        QCOMPARE(blocked[QStringLiteral("draft")].toBool(), false);
+        QCOMPARE(blocked[QStringLiteral("mergeable")].toBool(), false);
+        const QJsonObject merged = get(QStringLiteral("/api/v1/repos/ann/tool/pulls/6")).object();
+        QCOMPARE(merged[QStringLiteral("merged_at")].toString(),
+                 QStringLiteral("2024-04-20T12:00:00Z"));
+        QCOMPARE(merged[QStringLiteral("merged_by")][QStringLiteral("login")].toString(),
+                 QStringLiteral("ann"));
+        QCOMPARE(merged[QStringLiteral("merge_commit_sha")].toString(),
+                 QStringLiteral("e3b0c44298fc1c149afbf4c8996fb92427ae41e4"));
+    }
+
+    void reviewsShowTheirStatesAndPendingOnesOnlyToTheirAuthor()
+    {
+        const QJsonArray reviews =
+            get(QStringLiteral("/api/v1/repos/ann/tool/pulls/7/reviews")).array();
+        QStringList states;
+        for (const QJsonValue &review : reviews)
+            states.append(review[QStringLiteral("state")].toString());
+        QCOMPARE(states, QStringList({"REQUEST_CHANGES", "APPROVED", "COMMENT"}));
+        const QJsonObject first = reviews.first().toObject();
+        QCOMPARE(first[QStringLiteral("stale")].toBool(), true);
+        QCOMPARE(first[QStringLiteral("user")][QStringLiteral("login")].toString(),
+                 QStringLiteral("ann"));
+        QCOMPARE(first[QStringLiteral("submitted_at")].toString(),
+                 QStringLiteral("2024-04-30T09:00:00Z"));
+        QCOMPARE(first[QStringLiteral("comments_count")].toInt(), 1);
+        QVERIFY(first[QStringLiteral("team")].isNull());
+        QCOMPARE(first[QStringLiteral("pull_request_url")].toString(),
+                 root() + QStringLiteral("ann/tool/pulls/7"));
+        QVERIFY(first[QStringLiteral("html_url")].toString().contains(
+            QStringLiteral("#issuecomment-201")));
+        auto pendingFor = [&](const QByteArray &token) {
+            return get(QStringLiteral("/api/v1/repos/ann/tool/pulls/8/reviews"), token)
+                .array()
+                .size();
+        };
+        QCOMPARE(pendingFor(cyToken), 0);
+        QCOMPARE(pendingFor(boToken), 1);  // the author
+        QCOMPARE(pendingFor(annToken), 1); // a site admin
+    }
+
+    void commentsHaveGiteasShape()
+    {
+        const QJsonArray comments =
+            get(QStringLiteral("/api/v1/repos/ann/tool/issues/7/comments")).array();
+        QCOMPARE(idsOf(comments), QList<qint64>({301, 302}));
+        const QJsonObject second = comments.at(1).toObject();
+        QCOMPARE(second[QStringLiteral("user")][QStringLiteral("login")].toString(),
+                 QStringLiteral("bo"));
+        QCOMPARE(second[QStringLiteral("body")].toString(),
+                 QStringLiteral("Yes, it goes through `Upload` too."));
+        QCOMPARE(second[QStringLiteral("created_at")].toString(),
+                 QStringLiteral("2024-04-30T09:10:00Z"));
+        QCOMPARE(second[QStringLiteral("updated_at")].toString(),
+                 QStringLiteral("2024-04-30T09:12:30Z"));
+        QCOMPARE(second[QStringLiteral("issue_url")].toString(), QString());
+        QCOMPARE(second[QStringLiteral("pull_request_url")].toString(),
+                 root() + QStringLiteral("ann/tool/pulls/7"));
+        QCOMPARE(second[QStringLiteral("assets")].toArray().size(), 0);
+        QCOMPARE(get(QStringLiteral("/api/v1/repos/ann/tool/issues/12/comments")).status, 404);
+    }
+
+    void changedFilesCarryTheirStatusesAndPages()
+    {
+        const Answer answer = get(QStringLiteral("/api/v1/repos/ann/tool/pulls/7/files"));
+        QStringList statuses;
+        for (const QJsonValue &file : answer.array())
+            statuses.append(file[QStringLiteral("status")].toString());
+        QCOMPARE(statuses, QStringList({"renamed", "deleted", "added", "changed"}));
+        const QJsonObject renamed = answer.array().first().toObject();
+        QCOMPARE(renamed[QStringLiteral("filename")].toString(), QStringLiteral("docs/UPLOAD.md"));
+        QCOMPARE(renamed[QStringLiteral("previous_filename")].toString(),
+                 QStringLiteral("docs/upload.md"));
+        QVERIFY(!answer.array().at(1).toObject().contains(QStringLiteral("previous_filename")));
+        QVERIFY(!renamed.contains(QStringLiteral("patch")));
+        const QJsonObject changed = answer.array().last().toObject();
+        QCOMPARE(changed[QStringLiteral("changes")].toInt(),
+                 changed[QStringLiteral("additions")].toInt() +
+                     changed[QStringLiteral("deletions")].toInt());
+        QCOMPARE(changed[QStringLiteral("raw_url")].toString(),
+                 root() + QStringLiteral("ann/tool/raw/commit/") + toolHead +
+                     QStringLiteral("/uploader/upload.go"));
+        QCOMPARE(answer.header("X-Total-Count"), QByteArray("4"));
+        QCOMPARE(answer.header("X-PerPage"), QByteArray("30"));
+        QCOMPARE(answer.header("X-HasMore"), QByteArray("false"));
+        const Answer second =
+            get(QStringLiteral("/api/v1/repos/ann/tool/pulls/7/files?limit=3&page=2"));
+        QCOMPARE(second.array().size(), 1);
+        QCOMPARE(second.header("X-PageCount"), QByteArray("2"));
+        QCOMPARE(second.header("X-Page"), QByteArray("2"));
+        QCOMPARE(
+            get(QStringLiteral("/api/v1/repos/ann/tool/pulls/7/files?limit=3")).header("X-HasMore"),
+            QByteArray("true"));
+    }
+
+    void commitsHaveGiteasShape()
+    {
+        const QJsonArray commits =
+            get(QStringLiteral("/api/v1/repos/ann/tool/pulls/7/commits")).array();
+        QCOMPARE(commits.size(), 2);
+        const QJsonObject head = commits.last().toObject();
+        QCOMPARE(head[QStringLiteral("sha")].toString(), toolHead);
+        QCOMPARE(head[QStringLiteral("commit")][QStringLiteral("message")].toString(),
+                 QStringLiteral("Drop the legacy uploader and document retries\n"));
+        QCOMPARE(head[QStringLiteral("commit")][QStringLiteral("author")][QStringLiteral("name")]
+                     .toString(),
+                 QStringLiteral("Bo Berg"));
+        QCOMPARE(head[QStringLiteral("author")][QStringLiteral("login")].toString(),
+                 QStringLiteral("bo"));
+        QCOMPARE(head[QStringLiteral("parents")][0][QStringLiteral("sha")].toString(),
+                 commits.first()[QStringLiteral("sha")].toString());
+        QCOMPARE(head[QStringLiteral("stats")][QStringLiteral("total")].toInt(), 8);
+        QCOMPARE(head[QStringLiteral("files")][1][QStringLiteral("status")].toString(),
+                 QStringLiteral("deleted"));
+        // An author without an account here is null, as Gitea sends it.
+        const QJsonObject foreign = get(QStringLiteral("/api/v1/repos/ann/tool/pulls/10/commits"))
+                                        .array()
+                                        .first()
+                                        .toObject();
+        QVERIFY(foreign[QStringLiteral("author")].isNull());
+        QCOMPARE(foreign[QStringLiteral("commit")][QStringLiteral("author")][QStringLiteral("name")]
+                     .toString(),
+                 QStringLiteral("Cy Carlsson"));
+    }
+
+    void diffIsServedAsPlainText()
+    {
+        const Answer answer = get(QStringLiteral("/api/v1/repos/ann/tool/pulls/7.diff"));
+        QCOMPARE(answer.status, 200);
+        QCOMPARE(answer.header("Content-Type"), QByteArray("text/plain; charset=utf-8"));
+        QCOMPARE(answer.body, seedPull(7)[QStringLiteral("diff")].toString().toUtf8());
+        QCOMPARE(answer.body.count("diff --git "), 4);
+        QVERIFY(answer.body.contains("+++ b/uploader/retry.go\n@@ -0,0 +1,21 @@\n"));
+        QCOMPARE(get(QStringLiteral("/api/v1/repos/ann/tool/pulls/70.diff")).status, 404);
+    }
+
+    // --- Actions ---
+
+    void runsAreFilteredByHeadShaInTheirEnvelope()
+    {
+        const Answer answer =
+            get(QStringLiteral("/api/v1/repos/ann/tool/actions/runs?head_sha=%1&limit=20")
+                    .arg(toolHead));
+        QCOMPARE(answer.status, 200);
+        const QJsonObject envelope = answer.object();
+        QCOMPARE(envelope[QStringLiteral("total_count")].toInt(), 2);
+        const QJsonArray runs = envelope[QStringLiteral("workflow_runs")].toArray();
+        QCOMPARE(idsOf(runs), QList<qint64>({42, 41}));
+        const QJsonObject ci = runs.at(1).toObject();
+        QCOMPARE(ci[QStringLiteral("status")].toString(), QStringLiteral("completed"));
+        QCOMPARE(ci[QStringLiteral("conclusion")].toString(), QStringLiteral("success"));
+        QCOMPARE(ci[QStringLiteral("head_sha")].toString(), toolHead);
+        QCOMPARE(ci[QStringLiteral("path")].toString(),
+                 QStringLiteral("ci.yml@refs/heads/retry-upload"));
+        QCOMPARE(ci[QStringLiteral("run_number")].toInt(), 20);
+        QCOMPARE(ci[QStringLiteral("html_url")].toString(),
+                 root() + QStringLiteral("ann/tool/actions/runs/20"));
+        QCOMPARE(ci[QStringLiteral("actor")][QStringLiteral("login")].toString(),
+                 QStringLiteral("bo"));
+        QCOMPARE(ci[QStringLiteral("repository")][QStringLiteral("full_name")].toString(),
+                 QStringLiteral("ann/tool"));
+        QCOMPARE(ci[QStringLiteral("completed_at")].toString(),
+                 QStringLiteral("2024-05-01T10:21:47Z"));
+        QVERIFY(!ci.contains(QStringLiteral("name")));
+
+        const QJsonObject all = get(QStringLiteral("/api/v1/repos/ann/tool/actions/runs")).object();
+        QCOMPARE(all[QStringLiteral("total_count")].toInt(), 5);
+        const QJsonArray allRuns = all[QStringLiteral("workflow_runs")].toArray();
+        QCOMPARE(idsOf(allRuns), QList<qint64>({43, 42, 41, 40, 39}));
+        const QJsonObject running = allRuns.first().toObject();
+        QCOMPARE(running[QStringLiteral("status")].toString(), QStringLiteral("in_progress"));
+        QVERIFY(!running.contains(QStringLiteral("conclusion")));
+        QCOMPARE(running[QStringLiteral("completed_at")].toString(),
+                 QStringLiteral("1970-01-01T00:00:00Z"));
+        QCOMPARE(allRuns.at(3)[QStringLiteral("conclusion")].toString(),
+                 QStringLiteral("cancelled"));
+        QCOMPARE(allRuns.at(4)[QStringLiteral("conclusion")].toString(), QStringLiteral("failure"));
+
+        const QJsonObject limited =
+            get(QStringLiteral("/api/v1/repos/ann/tool/actions/runs?limit=2&page=2")).object();
+        QCOMPARE(idsOf(limited[QStringLiteral("workflow_runs")].toArray()),
+                 QList<qint64>({41, 40}));
+        QCOMPARE(limited[QStringLiteral("total_count")].toInt(), 5);
+        QCOMPARE(get(QStringLiteral("/api/v1/repos/ann/tool/actions/runs?head_sha=ffff")).object(),
+                 QJsonObject({{QStringLiteral("workflow_runs"), QJsonArray()},
+                              {QStringLiteral("total_count"), 0}}));
+    }
+
+    void jobsComeInTheirEnvelope()
+    {
+        const QJsonObject envelope =
+            get(QStringLiteral("/api/v1/repos/ann/tool/actions/runs/41/jobs")).object();
+        QCOMPARE(envelope[QStringLiteral("total_count")].toInt(), 2);
+        const QJsonArray jobs = envelope[QStringLiteral("jobs")].toArray();
+        QCOMPARE(idsOf(jobs), QList<qint64>({101, 102}));
+        const QJsonObject build = jobs.first().toObject();
+        QCOMPARE(build[QStringLiteral("name")].toString(), QStringLiteral("build"));
+        QCOMPARE(build[QStringLiteral("run_id")].toInt(), 41);
+        QCOMPARE(build[QStringLiteral("conclusion")].toString(), QStringLiteral("success"));
+        QCOMPARE(build[QStringLiteral("runner_name")].toString(), QStringLiteral("runner-a"));
+        QCOMPARE(build[QStringLiteral("labels")].toArray(), QJsonArray({"ubuntu-latest"}));
+        QCOMPARE(build[QStringLiteral("steps")][0][QStringLiteral("number")].toInt(), 1);
+        QCOMPARE(build[QStringLiteral("head_sha")].toString(), toolHead);
+        const QJsonObject queued =
+            get(QStringLiteral("/api/v1/repos/ann/tool/actions/runs/43/jobs"))
+                .object()[QStringLiteral("jobs")][1]
+                .toObject();
+        QCOMPARE(queued[QStringLiteral("status")].toString(), QStringLiteral("queued"));
+        QVERIFY(!queued.contains(QStringLiteral("conclusion")));
+        QVERIFY(!queued.contains(QStringLiteral("runner_name")));
+        QCOMPARE(get(QStringLiteral("/api/v1/repos/ann/tool/actions/runs/9999/jobs")).status, 404);
+    }
+
+    void jobLogsAreRawTextOr404()
+    {
+        const Answer log = get(QStringLiteral("/api/v1/repos/ann/tool/actions/jobs/98/logs"));
+        QCOMPARE(log.status, 200);
+        QCOMPARE(log.header("Content-Type"), QByteArray("text/plain; charset=utf-8"));
+        QVERIFY(log.body.contains("--- FAIL: TestUploadRetries (0.00s)\n"));
+        QVERIFY(QRegularExpression(
+                    QStringLiteral("^\\d{4}-\\d\\d-\\d\\dT\\d\\d:\\d\\d:\\d\\d\\.\\d{7}Z "))
+                    .match(QString::fromUtf8(log.body))
+                    .hasMatch());
+        const Answer notStarted =
+            get(QStringLiteral("/api/v1/repos/ann/tool/actions/jobs/105/logs"));
+        QCOMPARE(notStarted.status, 404);
+        QCOMPARE(notStarted.object()[QStringLiteral("errors")].toArray(),
+                 QJsonArray({"job not started"}));
+        QCOMPARE(get(QStringLiteral("/api/v1/repos/ann/tool/actions/jobs/4242/logs")).status, 404);
+        // A job of another repository is not found here.
+        QCOMPARE(get(QStringLiteral("/api/v1/repos/ann/website/actions/jobs/98/logs")).status, 404);
+    }
+
+    // --- Merging ---
+
+    void mergeClosesThePullRequestAsMerged()
+    {
+        const Answer answer =
+            send("POST", QStringLiteral("/api/v1/repos/ann/tool/pulls/7/merge"), annToken,
+                 "{\"Do\":\"merge\",\"delete_branch_after_merge\":false}");
+        QCOMPARE(answer.status, 200);
+        QCOMPARE(answer.body, QByteArray());
+        const QJsonObject merged = pull(7);
+        QCOMPARE(merged[QStringLiteral("state")].toString(), QStringLiteral("closed"));
+        QCOMPARE(merged[QStringLiteral("merged")].toBool(), true);
+        QCOMPARE(merged[QStringLiteral("merged_at")].toString(),
+                 QStringLiteral("2024-06-01T12:00:00Z"));
+        QCOMPARE(merged[QStringLiteral("closed_at")].toString(),
+                 QStringLiteral("2024-06-01T12:00:00Z"));
+        QCOMPARE(merged[QStringLiteral("merged_by")][QStringLiteral("login")].toString(),
+                 QStringLiteral("ann"));
+        const QString commit = merged[QStringLiteral("merge_commit_sha")].toString();
+        QVERIFY(QRegularExpression(QStringLiteral("^[0-9a-f]{40}$")).match(commit).hasMatch());
+        QCOMPARE(merged[QStringLiteral("base")][QStringLiteral("sha")].toString(), commit);
+        QVERIFY(sim->branchExists(QStringLiteral("ann"), QStringLiteral("tool"),
+                                  QStringLiteral("retry-upload")));
+        QVERIFY(!numbersOf(get(QStringLiteral("/api/v1/repos/ann/tool/pulls?state=open")).array())
+                     .contains(7));
+
+        const Answer again = send("POST", QStringLiteral("/api/v1/repos/ann/tool/pulls/7/merge"),
+                                  annToken, mergeBody);
+        QCOMPARE(again.status, 405);
+        QCOMPARE(again.object(), QJsonObject({{QStringLiteral("message"), QString()},
+                                              {QStringLiteral("url"), swagger()}}));
+    }
+
+    void mergeCanDeleteTheHeadBranch()
+    {
+        const Answer answer =
+            send("POST", QStringLiteral("/api/v1/repos/ann/tool/pulls/7/merge"), boToken,
+                 "{\"Do\":\"squash\",\"delete_branch_after_merge\":true}");
+        QCOMPARE(answer.status, 200);
+        QVERIFY(!sim->branchExists(QStringLiteral("ann"), QStringLiteral("tool"),
+                                   QStringLiteral("retry-upload")));
+        QCOMPARE(pull(7)[QStringLiteral("merged_by")][QStringLiteral("login")].toString(),
+                 QStringLiteral("bo"));
+    }
+
+    void aFormEncodedMergeIsReadLikeJson()
+    {
+        QCOMPARE(send("POST", QStringLiteral("/api/v1/repos/ann/tool/pulls/7/merge"), annToken,
+                      "Do=rebase&delete_branch_after_merge=true",
+                      "application/x-www-form-urlencoded")
+                     .status,
+                 200);
+        QCOMPARE(pull(7)[QStringLiteral("merged")].toBool(), true);
+        QVERIFY(!sim->branchExists(QStringLiteral("ann"), QStringLiteral("tool"),
+                                   QStringLiteral("retry-upload")));
+    }
+
+    void fastForwardMergeKeepsTheHeadCommit()
+    {
+        const QByteArray fastForward = "{\"Do\":\"fast-forward-only\"}";
+        QCOMPARE(send("POST", QStringLiteral("/api/v1/repos/ann/tool/pulls/7/merge"), annToken,
+                      fastForward)
+                     .status,
+                 200);
+        QCOMPARE(pull(7)[QStringLiteral("merge_commit_sha")].toString(), toolHead);
+    }
+
+    void refusedMergesLeaveThePullRequestOpen_data()
+    {
+        QTest::addColumn<QByteArray>("token");
+        QTest::addColumn<QString>("repo");
+        QTest::addColumn<int>("number");
+        QTest::addColumn<QByteArray>("body");
+        QTest::addColumn<int>("status");
+        QTest::addColumn<QString>("message");
+        const QString tool = QStringLiteral("ann/tool");
+        const QByteArray merge = "{\"Do\":\"merge\"}";
+        QTest::newRow("draft") << annToken << tool << 8 << merge << 405
+                               << QStringLiteral("Work in progress PRs cannot be merged");
+        QTest::newRow("not mergeable")
+            << annToken << tool << 11 << merge << 405 << QStringLiteral("Please try again later");
+        QTest::newRow("out of date")
+            << annToken << tool << 9 << merge << 409 << QStringLiteral("merge push out of date");
+        QTest::newRow("head moved on")
+            << annToken << tool << 7 << QByteArray("{\"Do\":\"merge\",\"head_commit_id\":\"0123\"}")
+            << 409 << QStringLiteral("head out of date");
+        QTest::newRow("reader") << cyToken << tool << 7 << merge << 405
+                                << QStringLiteral("User not allowed to merge PR");
+        QTest::newRow("style not allowed")
+            << annToken << QStringLiteral("ann/website") << 3 << QByteArray("{\"Do\":\"rebase\"}")
+            << 405
+            << QStringLiteral("rebase is not allowed an allowed merge "
+                              "style for this repository");
+        QTest::newRow("unknown style")
+            << annToken << tool << 7 << QByteArray("{\"Do\":\"octopus\"}") << 422
+            << QStringLiteral("[Do]: In");
+        QTest::newRow("no style") << annToken << tool << 7
+                                  << QByteArray("{\"delete_branch_after_merge\":true}") << 422
+                                  << QStringLiteral("[Do]: Required");
+        QTest::newRow("manual merge not allowed")
+            << annToken << QStringLiteral("ann/website") << 3
+            << QByteArray("{\"Do\":\"manually-merged\",\"MergeCommitID\":"
+                          "\"1234567890abcdef1234567890abcdef12345678\"}")
+            << 405
+            << QStringLiteral("manually-merged is not allowed an allowed merge style for this "
+                              "repository");
+        QTest::newRow("manual without commit")
+            << annToken << tool << 7 << QByteArray("{\"Do\":\"manually-merged\"}") << 409
+            << QString();
+    }
+
+    void refusedMergesLeaveThePullRequestOpen()
+    {
+        QFETCH(QByteArray, token);
+        QFETCH(QString, repo);
+        QFETCH(int, number);
+        QFETCH(QByteArray, body);
+        QFETCH(int, status);
+        QFETCH(QString, message);
+        const Answer answer =
+            send("POST", QStringLiteral("/api/v1/repos/%1/pulls/%2/merge").arg(repo).arg(number),
+                 token, body);
+        QCOMPARE(answer.status, status);
+        if (!message.isEmpty())
+            QCOMPARE(answer.message(), message);
+        const QJsonObject after = pull(number, repo);
+        QCOMPARE(after[QStringLiteral("merged")].toBool(), false);
+        QCOMPARE(after[QStringLiteral("state")].toString(), QStringLiteral("open"));
+    }
+
+    void conflictingMergeAnswersGiteasConflictError()
+    {
+        const Answer answer = send("POST", QStringLiteral("/api/v1/repos/ann/tool/pulls/10/merge"),
+                                   annToken, "{\"Do\":\"rebase\"}");
+        QCOMPARE(answer.status, 409);
+        const QJsonObject conflict = answer.object();
+        QCOMPARE(conflict[QStringLiteral("Style")].toString(), QStringLiteral("rebase"));
+        QVERIFY(conflict[QStringLiteral("StdErr")].toString().startsWith(
+            QStringLiteral("CONFLICT (content): Merge conflict in CHANGELOG.md")));
+    }
+
+    void closedOrMergedOrUnknownPullRequestsAreNotMerged()
+    {
+        const Answer closed = send("POST", QStringLiteral("/api/v1/repos/ann/tool/pulls/5/merge"),
+                                   annToken, mergeBody);
+        QCOMPARE(closed.status,
+                 404); // Gitea's merge endpoint treats a closed pull request as missing
+        QCOMPARE(pull(5)[QStringLiteral("merged")].toBool(), false);
+        const Answer merged = send("POST", QStringLiteral("/api/v1/repos/ann/tool/pulls/6/merge"),
+                                   annToken, mergeBody);
+        QCOMPARE(merged.status, 405);
+        QCOMPARE(send("POST", QStringLiteral("/api/v1/repos/ann/tool/pulls/77/merge"), annToken,
+                      mergeBody)
+                     .status,
+                 404);
+    }
+
+    void manualMergeRecordsTheGivenCommit()
+    {
+        // Without a commit Gitea answers 409 with its bare error value.
+        QCOMPARE(send("POST", QStringLiteral("/api/v1/repos/ann/tool/pulls/11/merge"), annToken,
+                      manualMergeBody)
+                     .body,
+                 QByteArray("{}"));
+        const QByteArray commit = "1234567890abcdef1234567890abcdef12345678";
+        const QByteArray body = "{\"Do\":\"manually-merged\",\"MergeCommitID\":\"" + commit + "\"}";
+        QCOMPARE(
+            send("POST", QStringLiteral("/api/v1/repos/ann/tool/pulls/11/merge"), annToken, body)
+                .status,
+            200);
+        QCOMPARE(pull(11)[QStringLiteral("merge_commit_sha")].toString(),
+                 QString::fromLatin1(commit));
+    }
+
+    void outOfDateMergeWorksAfterAnUpdate()
+    {
+        const QString path = QStringLiteral("/api/v1/repos/ann/tool/pulls/9");
+        const QString oldHead = pull(9)[QStringLiteral("head")][QStringLiteral("sha")].toString();
+        QCOMPARE(send("POST", path + QStringLiteral("/merge"), annToken, mergeBody).status, 409);
+        const Answer update = send("POST", path + QStringLiteral("/update?style=merge"));
+        QCOMPARE(update.status, 200);
+        const QJsonObject updated = pull(9);
+        QVERIFY(updated[QStringLiteral("head")][QStringLiteral("sha")].toString() != oldHead);
+        QCOMPARE(updated[QStringLiteral("merge_base")].toString(),
+                 updated[QStringLiteral("base")][QStringLiteral("sha")].toString());
+        const QJsonArray commits = get(path + QStringLiteral("/commits")).array();
+        QCOMPARE(commits.size(), 2);
+        QCOMPARE(commits.last()[QStringLiteral("commit")][QStringLiteral("message")].toString(),
+                 QStringLiteral("Merge branch 'main' into go-1.22"));
+        QCOMPARE(commits.last()[QStringLiteral("parents")].toArray().size(), 2);
+        QCOMPARE(send("POST", path + QStringLiteral("/merge"), annToken, mergeBody).status, 200);
+        QCOMPARE(pull(9)[QStringLiteral("merged")].toBool(), true);
+    }
+
+    void rebaseUpdateRewritesTheCommits()
+    {
+        const QString path = QStringLiteral("/api/v1/repos/ann/tool/pulls/9");
+        QCOMPARE(send("POST", path + QStringLiteral("/update?style=rebase")).status, 200);
+        const QJsonArray commits = get(path + QStringLiteral("/commits")).array();
+        QCOMPARE(commits.size(), 1);
+        QCOMPARE(commits.first()[QStringLiteral("parents")][0][QStringLiteral("sha")].toString(),
+                 QStringLiteral("0f5e8c1b2a3d4e5f60718293a4b5c6d7e8f90123"));
+        QCOMPARE(pull(9)[QStringLiteral("head")][QStringLiteral("sha")].toString(),
+                 commits.first()[QStringLiteral("sha")].toString());
+    }
+
+    void aRealConflictSurvivesTheUpdate()
+    {
+        const QString path = QStringLiteral("/api/v1/repos/ann/tool/pulls/10");
+        const Answer update = send("POST", path + QStringLiteral("/update"));
+        QCOMPARE(update.status, 409);
+        QCOMPARE(update.message(), QStringLiteral("merge failed because of conflict"));
+        QCOMPARE(send("POST", path + QStringLiteral("/update?style=rebase")).message(),
+                 QStringLiteral("rebase failed because of conflict"));
+        QCOMPARE(send("POST", path + QStringLiteral("/merge"), annToken, mergeBody).status, 409);
+    }
+
+    void updateRefusesClosedPullRequestsAndReaders()
+    {
+        for (int number : {5, 6}) {
+            const Answer answer =
+                send("POST", QStringLiteral("/api/v1/repos/ann/tool/pulls/%1/update").arg(number));
+            QCOMPARE(answer.status, 422);
+            QCOMPARE(answer.message(), QStringLiteral("%!s(<nil>)"));
+        }
+        const Answer reader =
+            send("POST", QStringLiteral("/api/v1/repos/ann/tool/pulls/9/update"), cyToken);
+        QCOMPARE(reader.status, 403);
+        QCOMPARE(reader.body, QByteArray());
+    }
+
+    // --- Closing, reviewing, commenting ---
+
+    void closingAndReopeningAnswersTheChangedPullRequest()
+    {
+        const QString path = QStringLiteral("/api/v1/repos/ann/tool/pulls/7");
+        const Answer closed = send("PATCH", path, annToken, closeBody);
+        QCOMPARE(closed.status, 201);
+        QCOMPARE(closed.object()[QStringLiteral("state")].toString(), QStringLiteral("closed"));
+        QCOMPARE(closed.object()[QStringLiteral("closed_at")].toString(),
+                 QStringLiteral("2024-06-01T12:00:00Z"));
+        QCOMPARE(pull(7)[QStringLiteral("state")].toString(), QStringLiteral("closed"));
+        QCOMPARE(pull(7)[QStringLiteral("merged")].toBool(), false);
+        const Answer reopened = send("PATCH", path, annToken, "{\"state\":\"open\"}");
+        QCOMPARE(reopened.status, 201);
+        QVERIFY(reopened.object()[QStringLiteral("closed_at")].isNull());
+        QCOMPARE(pull(7)[QStringLiteral("state")].toString(), QStringLiteral("open"));
+    }
+
+    void closingIsRefusedAsGiteaRefusesIt()
+    {
+        const Answer merged = send("PATCH", QStringLiteral("/api/v1/repos/ann/tool/pulls/6"),
+                                   annToken, "{\"state\":\"open\"}");
+        QCOMPARE(merged.status, 412);
+        QCOMPARE(merged.message(),
+                 QStringLiteral("cannot change state of this pull request, it was already merged"));
+        // cy only reads ann/tool, but may close a pull request of their own.
+        QCOMPARE(send("PATCH", QStringLiteral("/api/v1/repos/ann/tool/pulls/7"), cyToken, closeBody)
+                     .status,
+                 403);
+        QCOMPARE(
+            send("PATCH", QStringLiteral("/api/v1/repos/ann/tool/pulls/10"), cyToken, closeBody)
+                .status,
+            201);
+        const Answer untyped = send("PATCH", QStringLiteral("/api/v1/repos/ann/tool/pulls/7"),
+                                    annToken, "{\"state\":\"closed\"}", "text/plain");
+        QCOMPARE(untyped.status, 422);
+        QCOMPARE(untyped.message(), QStringLiteral("[]: Unsupported Content-Type"));
+        QCOMPARE(pull(7)[QStringLiteral("state")].toString(), QStringLiteral("open"));
+    }
+
+    void submittedReviewsAreAppended()
+    {
+        const QString path = QStringLiteral("/api/v1/repos/ann/tool/pulls/7/reviews");
+        const Answer approved = send("POST", path, annToken, "{\"event\":\"APPROVED\"}");
+        QCOMPARE(approved.status, 200);
+        const QJsonObject review = approved.object();
+        QCOMPARE(review[QStringLiteral("state")].toString(), QStringLiteral("APPROVED"));
+        QCOMPARE(review[QStringLiteral("user")][QStringLiteral("login")].toString(),
+                 QStringLiteral("ann"));
+        QCOMPARE(review[QStringLiteral("official")].toBool(), true);
+        QCOMPARE(review[QStringLiteral("commit_id")].toString(), toolHead);
+        QCOMPARE(review[QStringLiteral("submitted_at")].toString(),
+                 QStringLiteral("2024-06-01T12:00:00Z"));
+        QCOMPARE(review[QStringLiteral("id")].toInt(), 211);
+
+        const QByteArray changes = "{\"event\":\"REQUEST_CHANGES\",\"body\":\"Needs a test.\"}";
+        QCOMPARE(send("POST", path, cyToken, changes).status, 200);
+        const QJsonArray reviews = get(path).array();
+        QCOMPARE(idsOf(reviews), QList<qint64>({201, 204, 205, 211, 212}));
+        QCOMPARE(reviews.last()[QStringLiteral("state")].toString(),
+                 QStringLiteral("REQUEST_CHANGES"));
+        QCOMPARE(reviews.last()[QStringLiteral("body")].toString(),
+                 QStringLiteral("Needs a test."));
+        QCOMPARE(sim->reviews(QStringLiteral("ann"), QStringLiteral("tool"), 7).size(), 5);
+    }
+
+    void reviewsAreRefusedAsGiteaRefusesThem_data()
+    {
+        QTest::addColumn<QByteArray>("token");
+        QTest::addColumn<int>("number");
+        QTest::addColumn<QByteArray>("body");
+        QTest::addColumn<QString>("message");
+        QTest::newRow("changes without a body")
+            << annToken << 7 << QByteArray("{\"event\":\"REQUEST_CHANGES\"}")
+            << QStringLiteral("review event REQUEST_CHANGES requires a body");
+        QTest::newRow("comment with a blank body")
+            << annToken << 7 << QByteArray("{\"event\":\"COMMENT\",\"body\":\"  \"}")
+            << QStringLiteral("review event COMMENT requires a body or a comment");
+        QTest::newRow("approving one's own")
+            << boToken << 7 << QByteArray("{\"event\":\"APPROVED\"}")
+            << QStringLiteral("approve your own pull is not allowed");
+        QTest::newRow("rejecting one's own")
+            << boToken << 7 << QByteArray("{\"event\":\"REQUEST_CHANGES\",\"body\":\"x\"}")
+            << QStringLiteral("reject your own pull is not allowed");
+        QTest::newRow("closed") << annToken << 5
+                                << QByteArray("{\"event\":\"COMMENT\",\"body\":\"late\"}")
+                                << QStringLiteral("can't submit review for a closed or merged PR");
+    }
+
+    void reviewsAreRefusedAsGiteaRefusesThem()
+    {
+        QFETCH(QByteArray, token);
+        QFETCH(int, number);
+        QFETCH(QByteArray, body);
+        QFETCH(QString, message);
+        const QString path = QStringLiteral("/api/v1/repos/ann/tool/pulls/%1/reviews").arg(number);
+        const qsizetype before =
+            sim->reviews(QStringLiteral("ann"), QStringLiteral("tool"), number).size();
+        const Answer answer = send("POST", path, token, body);
+        QCOMPARE(answer.status, 422);
+        QCOMPARE(answer.message(), message);
+        QCOMPARE(sim->reviews(QStringLiteral("ann"), QStringLiteral("tool"), number).size(),
+                 before);
+    }
+
+    void aReviewAnswersTheReviewRequest()
+    {
+        QCOMPARE(pull(11)[QStringLiteral("requested_reviewers")].toArray().size(), 1);
+        const QByteArray comment = "{\"event\":\"COMMENT\",\"body\":\"Wait for #7 to land.\"}";
+        QCOMPARE(send("POST", QStringLiteral("/api/v1/repos/ann/tool/pulls/11/reviews"), annToken,
+                      comment)
+                     .status,
+                 200);
+        QCOMPARE(pull(11)[QStringLiteral("requested_reviewers")].toArray().size(), 0);
+    }
+
+    void postedCommentsAreAppended()
+    {
+        const QString path = QStringLiteral("/api/v1/repos/ann/tool/issues/7/comments");
+        const Answer created = send("POST", path, boToken, "{\"body\":\"Merging after lunch.\"}");
+        QCOMPARE(created.status, 201);
+        const QJsonObject comment = created.object();
+        QCOMPARE(comment[QStringLiteral("id")].toInt(), 304);
+        QCOMPARE(comment[QStringLiteral("user")][QStringLiteral("login")].toString(),
+                 QStringLiteral("bo"));
+        QCOMPARE(comment[QStringLiteral("body")].toString(),
+                 QStringLiteral("Merging after lunch."));
+        QCOMPARE(comment[QStringLiteral("created_at")].toString(),
+                 QStringLiteral("2024-06-01T12:00:00Z"));
+        QCOMPARE(idsOf(get(path).array()), QList<qint64>({301, 302, 304}));
+        QCOMPARE(pull(7)[QStringLiteral("comments")].toInt(), 3);
+        QCOMPARE(pull(7)[QStringLiteral("updated_at")].toString(),
+                 QStringLiteral("2024-06-01T12:00:00Z"));
+        QCOMPARE(sim->comments(QStringLiteral("ann"), QStringLiteral("tool"), 7).size(), 3);
+
+        const Answer empty = send("POST", path, boToken, "{\"body\":\"\"}");
+        QCOMPARE(empty.status, 422);
+        QCOMPARE(empty.message(), QStringLiteral("[Body]: Required"));
+        const QByteArray hello = "{\"body\":\"hello\"}";
+        QCOMPARE(send("POST", QStringLiteral("/api/v1/repos/ann/tool/issues/70/comments"), boToken,
+                      hello)
+                     .status,
+                 404);
+    }
+
+    void textIsEscapedAsGoEscapesIt()
+    {
+        const Answer created =
+            send("POST", QStringLiteral("/api/v1/repos/ann/tool/issues/7/comments"), annToken,
+                 "{\"body\":\"a <b> & c\"}");
+        const QByteArray escaped = "\"body\":\"a \\u003cb\\u003e \\u0026 c\"";
+        QVERIFY(created.body.contains(escaped));
+        QCOMPARE(created.object()[QStringLiteral("body")].toString(), QStringLiteral("a <b> & c"));
+    }
+
+    // --- Branches and runs ---
+
+    void branchesAreDeletedByTheirOnceEncodedName()
+    {
+        const QString path = QStringLiteral("/api/v1/repos/ann/tool/branches/feature/new%20ui");
+        const Answer deleted = send("DELETE", path);
+        QCOMPARE(deleted.status, 204);
+        QCOMPARE(server->requests().last().rawPath,
+                 QByteArray("/api/v1/repos/ann/tool/branches/feature/new%20ui"));
+        QVERIFY(!sim->branchExists(QStringLiteral("ann"), QStringLiteral("tool"),
+                                   QStringLiteral("feature/new ui")));
+        const Answer again = send("DELETE", path);
+        QCOMPARE(again.status, 404);
+        QCOMPARE(again.object(),
+                 QJsonObject({{QStringLiteral("errors"),
+                               QJsonArray({"branch does not exist [name: feature/new ui]"})},
+                              {QStringLiteral("message"), QStringLiteral("not found")},
+                              {QStringLiteral("url"), swagger()}}));
+    }
+
+    void aTwiceEncodedBranchNameIsAnotherBranch()
+    {
+        QCOMPARE(
+            send("DELETE", QStringLiteral("/api/v1/repos/ann/tool/branches/feature/new%2520ui"))
+                .status,
+            404);
+        QVERIFY(sim->branchExists(QStringLiteral("ann"), QStringLiteral("tool"),
+                                  QStringLiteral("feature/new ui")));
+    }
+
+    void protectedDefaultAndForeignBranchesStay()
+    {
+        const Answer defaultBranch =
+            send("DELETE", QStringLiteral("/api/v1/repos/ann/tool/branches/main"));
+        QCOMPARE(defaultBranch.status, 403);
+        QCOMPARE(defaultBranch.message(), QStringLiteral("can not delete default branch"));
+        const Answer protectedBranch =
+            send("DELETE", QStringLiteral("/api/v1/repos/ann/tool/branches/release/1.x"));
+        QCOMPARE(protectedBranch.status, 403);
+        QCOMPARE(protectedBranch.message(), QStringLiteral("branch protected"));
+        const Answer reader =
+            send("DELETE", QStringLiteral("/api/v1/repos/ann/tool/branches/retry-upload"), cyToken);
+        QCOMPARE(reader.status, 403);
+        QCOMPARE(reader.message(),
+                 QStringLiteral("user should have a permission to write to a repo"));
+        for (const QString &branch : {QStringLiteral("main"), QStringLiteral("release/1.x"),
+                                      QStringLiteral("retry-upload")})
+            QVERIFY(sim->branchExists(QStringLiteral("ann"), QStringLiteral("tool"), branch));
+    }
+
+    void rerunPutsTheRunAndItsJobsBackInTheQueue()
+    {
+        const Answer answer =
+            send("POST", QStringLiteral("/api/v1/repos/ann/tool/actions/runs/39/rerun"));
+        QCOMPARE(answer.status, 201);
+        const QJsonObject run = answer.object();
+        QCOMPARE(run[QStringLiteral("id")].toInt(), 39);
+        QCOMPARE(run[QStringLiteral("status")].toString(), QStringLiteral("queued"));
+        QVERIFY(!run.contains(QStringLiteral("conclusion")));
+        QCOMPARE(run[QStringLiteral("run_attempt")].toInt(), 2);
+        QCOMPARE(sim->run(QStringLiteral("ann"), QStringLiteral("tool"), 39)
+                     ->value(QStringLiteral("status")),
+                 QJsonValue(QStringLiteral("queued")));
+        for (const QJsonValue &job : sim->jobs(QStringLiteral("ann"), QStringLiteral("tool"), 39)) {
+            QCOMPARE(job[QStringLiteral("status")].toString(), QStringLiteral("queued"));
+            QVERIFY(!job.toObject().contains(QStringLiteral("conclusion")));
+            QCOMPARE(job[QStringLiteral("steps")].toArray().size(), 0);
+        }
+        QCOMPARE(get(QStringLiteral("/api/v1/repos/ann/tool/actions/jobs/98/logs")).status, 404);
+    }
+
+    void rerunIsRefusedForRunningUnknownAndForeignRuns()
+    {
+        const Answer running =
+            send("POST", QStringLiteral("/api/v1/repos/ann/tool/actions/runs/43/rerun"));
+        QCOMPARE(running.status, 400);
+        QCOMPARE(running.message(), QStringLiteral("this workflow run is not done"));
+        QCOMPARE(
+            send("POST", QStringLiteral("/api/v1/repos/ann/tool/actions/runs/9999/rerun")).status,
+            404);
+        QCOMPARE(
+            send("POST", QStringLiteral("/api/v1/repos/ann/tool/actions/runs/41/rerun"), cyToken)
+                .status,
+            403);
+        QCOMPARE(sim->run(QStringLiteral("ann"), QStringLiteral("tool"), 41)
+                     ->value(QStringLiteral("conclusion")),
+                 QJsonValue(QStringLiteral("success")));
+    }
+
+    // --- Errors, archives and the path prefix ---
+
+    void notFoundAnswersHaveGiteasShape()
+    {
+        const QJsonObject plain{{QStringLiteral("errors"), QJsonValue::Null},
+                                {QStringLiteral("message"), QStringLiteral("not found")},
+                                {QStringLiteral("url"), swagger()}};
+        for (const QString &path :
+             {QStringLiteral("/api/v1/repos/ann/nothing/pulls"),
+              QStringLiteral("/api/v1/repos/ann/tool/pulls/404"),
+              QStringLiteral("/api/v1/repos/ann/tool/actions/runs/404/jobs")}) {
+            const Answer answer = get(path);
+            QCOMPARE(answer.status, 404);
+            QCOMPARE(answer.object(), plain);
+            QVERIFY(answer.body.contains("\"errors\":null"));
+        }
+        const Answer owner = get(QStringLiteral("/api/v1/repos/nobody/tool/pulls"));
+        QCOMPARE(owner.status, 404);
+        QCOMPARE(owner.message(), QStringLiteral("GetUserByName"));
+        QCOMPARE(owner.object()[QStringLiteral("errors")].toArray(),
+                 QJsonArray({"user redirect does not exist [name: nobody]"}));
+        // A private repository is as missing as an unknown one to someone without access.
+        QCOMPARE(get(QStringLiteral("/api/v1/repos/ann/website/pulls"), cyToken).object(), plain);
+        QCOMPARE(get(QStringLiteral("/api/v1/repos/ann/website/pulls/3")).status, 200);
+    }
+
+    void anArchivedRepositoryIsReadOnly()
+    {
+        QCOMPARE(get(QStringLiteral("/api/v1/repos/cy/infra/pulls/2")).status, 200);
+        const Answer comment =
+            send("POST", QStringLiteral("/api/v1/repos/cy/infra/issues/2/comments"), annToken,
+                 "{\"body\":\"ping\"}");
+        QCOMPARE(comment.status, 423);
+        QCOMPARE(comment.message(), QStringLiteral("<Repository 21:cy/infra> is archived"));
+        QCOMPARE(sim->comments(QStringLiteral("cy"), QStringLiteral("infra"), 2).size(), 0);
+    }
+
+    void anInstanceBelowASubPathAnswersThere()
+    {
+        sim = std::make_unique<GiteaSimulation>(fixtures::read(QStringLiteral("gitea/seed.json")));
+        sim->install(server, QStringLiteral("/gitea/"));
+        QCOMPARE(sim->rootUrl(), server->baseUrl().toString() + QStringLiteral("/gitea/"));
+        QCOMPARE(get(QStringLiteral("/api/v1/user")).status, 404);
+        const Answer answer = get(QStringLiteral("/gitea/api/v1/user/repos?limit=1"));
+        QCOMPARE(answer.status, 200);
+        QCOMPARE(answer.header("Link").left(answer.header("Link").indexOf(',')),
+                 "<" + sim->rootUrl().toUtf8() + "api/v1/user/repos?limit=1&page=2>; rel=\"next\"");
+        QCOMPARE(answer.array().first()[QStringLiteral("html_url")].toString(),
+                 server->baseUrl().toString() + QStringLiteral("/gitea/cy/infra"));
+        QCOMPARE(get(QStringLiteral("/gitea/api/v1/repos/ann/nothing/pulls"))
+                     .object()[QStringLiteral("url")]
+                     .toString(),
+                 server->baseUrl().toString() + QStringLiteral("/gitea/api/swagger"));
+    }
+
+    void theRoutesGoWithTheSimulation()
+    {
+        QCOMPARE(get(QStringLiteral("/api/v1/user")).status, 200);
+        sim.reset();
+        QCOMPARE(get(QStringLiteral("/api/v1/user")).status, 404);
+    }
+};
+
+QTEST_GUILESS_MAIN(TestGiteaSimulation)
+#include "tst_giteasimulation.moc"
