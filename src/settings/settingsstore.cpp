@@ -140,8 +140,11 @@ void SettingsStore::updateInstanceURL(const QString &instanceURL)
 
 void SettingsStore::setInstanceURL(const QString &instanceURL)
 {
-    if (m_instanceURL == instanceURL)
+    // An overridden value is not what the keychain holds, so setting the same text again must
+    // still write it.
+    if (m_instanceURL == instanceURL && !m_instanceURLOverridden)
         return;
+    m_instanceURLOverridden = false;
     updateInstanceURL(instanceURL);
     KeychainHelper::set(m_instanceURL, instanceURLKey);
 }
@@ -159,8 +162,9 @@ void SettingsStore::updateToken(const QString &token)
 
 void SettingsStore::setToken(const QString &token)
 {
-    if (m_token == token)
+    if (m_token == token && !m_tokenOverridden)
         return;
+    m_tokenOverridden = false;
     updateToken(token);
     KeychainHelper::set(m_token, tokenKey);
 }
@@ -247,10 +251,25 @@ void SettingsStore::logout()
     KeychainHelper::remove(tokenKey);
     // Written back even when the values did not change: the items were just deleted, and the
     // keychain is to hold the default URL and an empty token afterwards.
+    m_instanceURLOverridden = false;
     updateInstanceURL(QString(defaultInstanceURL));
     KeychainHelper::set(m_instanceURL, instanceURLKey);
+    m_tokenOverridden = false;
     updateToken(QString());
     KeychainHelper::set(m_token, tokenKey);
+}
+
+void SettingsStore::overrideCredentials(const std::optional<QString> &instanceURL,
+                                        const std::optional<QString> &token)
+{
+    if (instanceURL) {
+        m_instanceURLOverridden = true;
+        updateInstanceURL(*instanceURL);
+    }
+    if (token) {
+        m_tokenOverridden = true;
+        updateToken(*token);
+    }
 }
 
 } // namespace kestrine

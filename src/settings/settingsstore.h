@@ -125,6 +125,15 @@ public:
     /// store values stay as they are.
     Q_INVOKABLE void logout();
 
+    /// Replaces the instance URL and/or the token for the rest of this process without writing
+    /// either to the keychain: for credentials that come from the environment of one run (a
+    /// script's KESTRINE_URL and KESTRINE_TOKEN) or from the built-in demo instance. An absent
+    /// value keeps the current one. Observers are notified as for any change. A later setter or
+    /// logout() ends the override of what it sets and persists as usual, even when the new value
+    /// equals the overriding one.
+    void overrideCredentials(const std::optional<QString> &instanceURL,
+                             const std::optional<QString> &token);
+
 signals:
     void instanceURLChanged();
     void tokenChanged();
@@ -142,6 +151,9 @@ private:
 
     QString m_instanceURL;
     QString m_token;
+    // The in-memory value came from overrideCredentials(), so the keychain holds something else.
+    bool m_instanceURLOverridden = false;
+    bool m_tokenOverridden = false;
     MergeGateMode m_mergeGateMode = MergeGateMode::Warn;
     bool m_deleteBranchAfterMerge = false;
     QStringList m_monitoredRepos;
