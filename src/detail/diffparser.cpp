@@ -1,19 +1,41 @@
 #include "diffparser.h"
 
+#include <algorithm>
+#include <string_view>
+
 namespace kestrine {
+
+namespace {
+
+/// A plain prefix test, inline: it runs once or twice for each of hundreds of thousands of lines.
+bool hasPrefix(QStringView line, std::u16string_view prefix)
+{
+    return size_t(line.size()) >= prefix.size() &&
+           std::equal(prefix.begin(), prefix.end(), line.utf16());
+}
+
+} // namespace
 
 DiffLineType::Value classifyDiffLine(QStringView line)
 {
-    if (line.startsWith(u"@@"))
-        return DiffLineType::Hunk;
-    if (line.startsWith(u"diff ") || line.startsWith(u"index ") || line.startsWith(u"--- ") ||
-        line.startsWith(u"+++ "))
-        return DiffLineType::Meta;
-    if (line.startsWith(u'+'))
-        return DiffLineType::Addition;
-    if (line.startsWith(u'-'))
-        return DiffLineType::Deletion;
-    return DiffLineType::Context;
+    // The first character picks the only rules that can match, tried in their order: "@@" hunk;
+    // "diff ", "index ", "--- ", "+++ " meta; "+" addition; "-" deletion; else context.
+    if (line.isEmpty())
+        return DiffLineType::Context;
+    switch (line.front().unicode()) {
+    case u'@':
+        return hasPrefix(line, u"@@") ? DiffLineType::Hunk : DiffLineType::Context;
+    case u'd':
+        return hasPrefix(line, u"diff ") ? DiffLineType::Meta : DiffLineType::Context;
+    case u'i':
+        return hasPrefix(line, u"index ") ? DiffLineType::Meta : DiffLineType::Context;
+    case u'-':
+        return hasPrefix(line, u"--- ") ? DiffLineType::Meta : DiffLineType::Deletion;
+    case u'+':
+        return hasPrefix(line, u"+++ ") ? DiffLineType::Meta : DiffLineType::Addition;
+    default:
+        return DiffLineType::Context;
+    }
 }
 
 ParsedDiff ParsedDiff::parse(QString text)
