@@ -4,3 +4,4 @@
 
 #include "diffparser.h"
 #include "markdownlines.h"
+#include "mergegate.h"
