@@ -1,0 +1,389 @@
+// Loading and published state of PRDetailViewModel; the actions are in prdetailactions.cpp.
+
+#include "prdetailviewmodel.h"
+
+#include "failure_p.h"
+#include "logstore.h"
+#include "qmlrecords_p.h"
+#include "settingsstore.h"
+
+namespace kestrine {
+
+using detail::Failure;
+
+PRDetailViewModel::PRDetailViewModel(QObject *parent)
+    : PRDetailViewModel(Repository(), 0, parent)
+{}
+
+PRDetailViewModel::PRDetailViewModel(Repository repo, qint64 prNumber, QObject *parent)
+    : QObject(parent)
+    , m_repo(std::move(repo))
+    , m_prNumber(prNumber)
+{
+    // The gate follows the settings as they change, so switching the mode in the settings screen
+    // takes effect on an open detail screen without a reload.
+    connect(SettingsStore::shared(), &SettingsStore::mergeGateModeChanged, this,
+            &PRDetailViewModel::updateMergeGate);
+    updateMergeGate();
+}
+
+// Coroutines still waiting on a request keep a QPointer to the model and stop, touching nothing,
+// once it is gone; deleting the load scope (a child) aborts their requests.
+PRDetailViewModel::~PRDetailViewModel() = default;
+
+void PRDetailViewModel::setRepo(const Repository &repo)
+{
+    if (m_repo == repo)
+        return;
+    m_repo = repo;
+    emit repoChanged();
+}
+
+void PRDetailViewModel::setPrNumber(qint64 prNumber)
+{
+    if (m_prNumber == prNumber)
+        return;
+    m_prNumber = prNumber;
+    emit prNumberChanged();
+}
+
+QCoro::Task<> PRDetailViewModel::load()
+{
+    const std::optional<GiteaClient> configured = SettingsStore::shared()->client();
+    if (!configured)
+        co_return;
+
+    // Replacing the scope aborts the requests of a load still under way: they end as
+    // cancellations, and that load stops without touching anything.
+    delete m_loadScope;
+    m_loadScope = new QObject(this);
+    const GiteaClient client = configured->cancelledWith(m_loadScope);
+    const QPointer<PRDetailViewModel> self(this);
+    const QString owner = m_repo.owner.login;
+    const QString name = m_repo.name;
+    const qint64 number = m_prNumber;
+
+    beginLoad();
+    setErrorMessage(std::nullopt);
+
+    std::optional<PullRequest> fetched;
+    std::exception_ptr error;
+    try {
+        fetched = co_await client.pullRequest(owner, name, number);
+    } catch (...) {
+        error = std::current_exception();
+    }
+    if (!self)
+        co_return;
+    if (client.isCancelled()) {
+        endLoad();
+        co_return;
+    }
+    if (error) {
+        const Failure failure = Failure::of(error);
+        if (!failure.isCancellation) {
+            LogStore::shared()->log(LogLevel::Error,
+                                    QStringLiteral("PR ") + QString::number(number) +
+                                        QStringLiteral(": load failed: ") + failure.description);
+            setErrorMessage(failure.description);
+        }
+        endLoad();
+        co_return;
+    }
+    setPr(fetched);
+
+    // All four requests go out now; their answers are taken in this order. A failure of any of
+    // them leaves its list empty and says nothing: the pull request itself did load.
+    QCoro::Task<QList<IssueComment>> commentsTask = client.comments(owner, name, number);
+    QCoro::Task<QList<PullReview>> reviewsTask = client.reviews(owner, name, number);
+    QCoro::Task<QList<ChangedFile>> filesTask = client.changedFiles(owner, name, number);
+    QCoro::Task<QList<PRCommit>> commitsTask = client.commits(owner, name, number);
+
+    QList<IssueComment> comments;
+    try {
+        comments = co_await commentsTask;
+    } catch (...) {
+    }
+    if (!self)
+        co_return;
+    if (client.isCancelled()) {
+        endLoad();
+        co_return;
+    }
+    setComments(comments);
+
+    QList<PullReview> reviews;
+    try {
+        reviews = co_await reviewsTask;
+    } catch (...) {
+    }
+    if (!self)
+        co_return;
+    if (client.isCancelled()) {
+        endLoad();
+        co_return;
+    }
+    setReviews(reviews);
+
+    QList<ChangedFile> files;
+    try {
+        files = co_await filesTask;
+    } catch (...) {
+    }
+    if (!self)
+        co_return;
+    if (client.isCancelled()) {
+        endLoad();
+        co_return;
+    }
+    setFiles(files);
+
+    QList<PRCommit> commits;
+    try {
+        commits = co_await commitsTask;
+    } catch (...) {
+    }
+    if (!self)
+        co_return;
+    if (client.isCancelled()) {
+        endLoad();
+        co_return;
+    }
+    setCommits(commits);
+
+    // Without a head commit there is nothing to ask Actions about; runs and jobs keep whatever
+    // they held.
+    const std::optional<QString> sha =
+        m_pr && m_pr->head ? m_pr->head->sha : std::optional<QString>();
+    if (sha && !sha->isEmpty()) {
+        co_await loadRuns(client, *sha);
+        if (!self)
+            co_return;
+    }
+    endLoad();
+}
+
+QCoro::Task<> PRDetailViewModel::loadRuns(GiteaClient client, QString sha)
+{
+    const QPointer<PRDetailViewModel> self(this);
+    const QString owner = m_repo.owner.login;
+    const QString name = m_repo.name;
+    const qint64 number = m_prNumber;
+
+    beginRunsLoad();
+    QList<ActionRun> runs;
+    std::exception_ptr error;
+    try {
+        runs = co_await client.runs(owner, name, sha);
+    } catch (...) {
+        error = std::current_exception();
+    }
+    if (!self)
+        co_return;
+    if (client.isCancelled()) {
+        endRunsLoad();
+        co_return;
+    }
+    if (error) {
+        // A server without Actions must not make the pull request look broken: a log line, but
+        // no error message, and the runs shown so far stay.
+        const Failure failure = Failure::of(error);
+        if (!failure.isCancellation) {
+            LogStore::shared()->log(LogLevel::Warn, QStringLiteral("PR ") +
+                                                        QString::number(number) +
+                                                        QStringLiteral(": actions/runs failed: ") +
+                                                        failure.description);
+        }
+        endRunsLoad();
+        co_return;
+    }
+    setRuns(runs);
+
+    // One run after another. Entries of runs that have since disappeared are left in place.
+    for (const ActionRun &run : runs) {
+        const qint64 runID = run.id;
+        QList<ActionJob> jobs;
+        try {
+            jobs = co_await client.jobs(owner, name, runID);
+        } catch (...) {
+        }
+        if (!self)
+            co_return;
+        if (client.isCancelled()) {
+            endRunsLoad();
+            co_return;
+        }
+        setJobs(runID, jobs);
+    }
+    endRunsLoad();
+}
+
+void PRDetailViewModel::reload()
+{
+    // The task runs on by itself; the model's QPointer checks keep it safe if the model goes.
+    load();
+}
+
+void PRDetailViewModel::clearErrorMessage()
+{
+    setErrorMessage(std::nullopt);
+}
+
+void PRDetailViewModel::setPr(const std::optional<PullRequest> &pr)
+{
+    if (m_pr == pr)
+        return;
+    m_pr = pr;
+    emit prChanged();
+}
+
+void PRDetailViewModel::setComments(const QList<IssueComment> &comments)
+{
+    if (m_comments == comments)
+        return;
+    m_comments = comments;
+    emit commentsChanged();
+}
+
+void PRDetailViewModel::setReviews(const QList<PullReview> &reviews)
+{
+    if (m_reviews == reviews)
+        return;
+    m_reviews = reviews;
+    emit reviewsChanged();
+}
+
+void PRDetailViewModel::setFiles(const QList<ChangedFile> &files)
+{
+    if (m_files == files)
+        return;
+    m_files = files;
+    emit filesChanged();
+}
+
+void PRDetailViewModel::setCommits(const QList<PRCommit> &commits)
+{
+    if (m_commits == commits)
+        return;
+    m_commits = commits;
+    emit commitsChanged();
+}
+
+void PRDetailViewModel::setRuns(const QList<ActionRun> &runs)
+{
+    if (m_runs == runs)
+        return;
+    m_runs = runs;
+    emit runsChanged();
+    updateMergeGate();
+}
+
+void PRDetailViewModel::setJobs(qint64 runID, const QList<ActionJob> &jobs)
+{
+    const auto existing = m_jobs.constFind(runID);
+    if (existing != m_jobs.constEnd() && *existing == jobs)
+        return;
+    m_jobs.insert(runID, jobs);
+    emit jobsChanged();
+}
+
+void PRDetailViewModel::beginLoad()
+{
+    if (++m_loadsInFlight == 1)
+        emit isLoadingChanged();
+}
+
+void PRDetailViewModel::endLoad()
+{
+    if (--m_loadsInFlight == 0)
+        emit isLoadingChanged();
+}
+
+void PRDetailViewModel::beginRunsLoad()
+{
+    if (++m_runLoadsInFlight == 1)
+        emit isActionsLoadingChanged();
+}
+
+void PRDetailViewModel::endRunsLoad()
+{
+    if (--m_runLoadsInFlight == 0)
+        emit isActionsLoadingChanged();
+}
+
+void PRDetailViewModel::setErrorMessage(const std::optional<QString> &message)
+{
+    if (m_errorMessage == message)
+        return;
+    m_errorMessage = message;
+    emit errorMessageChanged();
+}
+
+void PRDetailViewModel::setBusyMessage(const std::optional<QString> &message)
+{
+    if (m_busyMessage == message)
+        return;
+    m_busyMessage = message;
+    emit busyMessageChanged();
+}
+
+void PRDetailViewModel::updateMergeGate()
+{
+    const MergeGateDecision decision =
+        kestrine::mergeGate(ciStatus(), SettingsStore::shared()->mergeGateMode());
+    if (m_mergeGate == decision)
+        return;
+    m_mergeGate = decision;
+    emit mergeGateChanged();
+}
+
+QVariant PRDetailViewModel::qmlRepo() const
+{
+    return toQmlValue(m_repo);
+}
+
+void PRDetailViewModel::setQmlRepo(const QVariant &repo)
+{
+    if (const auto decoded = detail::recordFromQml<Repository>(repo))
+        setRepo(*decoded);
+}
+
+QVariant PRDetailViewModel::qmlPr() const
+{
+    return m_pr ? toQmlValue(*m_pr) : QVariant();
+}
+
+QVariant PRDetailViewModel::qmlComments() const
+{
+    return toQmlValue(m_comments);
+}
+
+QVariant PRDetailViewModel::qmlReviews() const
+{
+    return toQmlValue(m_reviews);
+}
+
+QVariant PRDetailViewModel::qmlFiles() const
+{
+    return toQmlValue(m_files);
+}
+
+QVariant PRDetailViewModel::qmlCommits() const
+{
+    return toQmlValue(m_commits);
+}
+
+QVariant PRDetailViewModel::qmlRuns() const
+{
+    return toQmlValue(m_runs);
+}
+
+QVariantMap PRDetailViewModel::qmlJobs() const
+{
+    QVariantMap jobs;
+    for (auto it = m_jobs.constBegin(); it != m_jobs.constEnd(); ++it)
+        jobs.insert(QString::number(it.key()), toQmlValue(it.value()));
+    return jobs;
+}
+
+} // namespace kestrine

@@ -1,0 +1,200 @@
+#pragma once
+
+#include "giteaclient.h"
+#include "mergegate.h"
+#include "records.h"
+#include "summaries.h"
+
+#include <QCoroTask>
+#include <QList>
+#include <QMap>
+#include <QObject>
+#include <QPointer>
+#include <QString>
+#include <QVariant>
+#include <QtQml/qqmlregistration.h>
+#include <optional>
+
+namespace kestrine {
+
+/// Everything about one pull request, for its detail screen: the pull request, its conversation,
+/// changed files and commits, and the Actions runs of its head commit with their jobs; plus the
+/// actions on it (merge, close or reopen, review, comment, re-run).
+///
+/// Screens only read the published state. Nothing here throws to them: failures end up in
+/// `errorMessage` (the error's description, cleared only by the next load) and in the log, and
+/// secondary lists that fail to load are simply empty. A cancelled request is never shown nor
+/// logged. Requests are cancelled when the model is destroyed, and those of a load when the next
+/// load starts: a load's requests carry a scope object that the model owns, and deleting that
+/// scope aborts them.
+///
+/// Each published field has a typed accessor for C++ and a Q_PROPERTY in QML form (records as
+/// JavaScript objects with their JSON keys; optional texts as "" when absent). Main thread only.
+class PRDetailViewModel : public QObject
+{
+    Q_OBJECT
+    QML_ELEMENT
+
+    Q_PROPERTY(QVariant repo READ qmlRepo WRITE setQmlRepo NOTIFY repoChanged)
+    Q_PROPERTY(qint64 prNumber READ prNumber WRITE setPrNumber NOTIFY prNumberChanged)
+    Q_PROPERTY(QVariant pr READ qmlPr NOTIFY prChanged)
+    Q_PROPERTY(bool hasPr READ hasPr NOTIFY prChanged)
+    Q_PROPERTY(QVariant comments READ qmlComments NOTIFY commentsChanged)
+    Q_PROPERTY(QVariant reviews READ qmlReviews NOTIFY reviewsChanged)
+    Q_PROPERTY(QVariant files READ qmlFiles NOTIFY filesChanged)
+    Q_PROPERTY(QVariant commits READ qmlCommits NOTIFY commitsChanged)
+    Q_PROPERTY(QVariant runs READ qmlRuns NOTIFY runsChanged)
+    /// Run id in decimal -> that run's jobs.
+    Q_PROPERTY(QVariantMap jobs READ qmlJobs NOTIFY jobsChanged)
+    Q_PROPERTY(bool isLoading READ isLoading NOTIFY isLoadingChanged)
+    Q_PROPERTY(bool isActionsLoading READ isActionsLoading NOTIFY isActionsLoadingChanged)
+    Q_PROPERTY(QString errorMessage READ qmlErrorMessage NOTIFY errorMessageChanged)
+    Q_PROPERTY(QString busyMessage READ qmlBusyMessage NOTIFY busyMessageChanged)
+    Q_PROPERTY(kestrine::CIStatus::Value ciStatus READ ciStatus NOTIFY runsChanged)
+    Q_PROPERTY(kestrine::ReviewState::Value reviewState READ reviewState NOTIFY reviewsChanged)
+    Q_PROPERTY(bool mergeAllowed READ mergeAllowed NOTIFY mergeGateChanged)
+    Q_PROPERTY(kestrine::MergeGateDecision mergeGate READ mergeGate NOTIFY mergeGateChanged)
+    Q_PROPERTY(QList<kestrine::MergeMethod> mergeMethods READ mergeMethods CONSTANT)
+    Q_PROPERTY(QString defaultMergeMethod READ defaultMergeMethod CONSTANT)
+
+public:
+    using JobsByRun = QMap<qint64, QList<ActionJob>>;
+
+    /// For QML, which sets `repo` and `prNumber` afterwards.
+    explicit PRDetailViewModel(QObject *parent = nullptr);
+    PRDetailViewModel(Repository repo, qint64 prNumber, QObject *parent = nullptr);
+    ~PRDetailViewModel() override;
+
+    const Repository &repo() const { return m_repo; }
+    void setRepo(const Repository &repo);
+    qint64 prNumber() const { return m_prNumber; }
+    void setPrNumber(qint64 prNumber);
+
+    const std::optional<PullRequest> &pr() const { return m_pr; }
+    bool hasPr() const { return m_pr.has_value(); }
+    const QList<IssueComment> &comments() const { return m_comments; }
+    const QList<PullReview> &reviews() const { return m_reviews; }
+    const QList<ChangedFile> &files() const { return m_files; }
+    const QList<PRCommit> &commits() const { return m_commits; }
+    const QList<ActionRun> &runs() const { return m_runs; }
+    const JobsByRun &jobs() const { return m_jobs; }
+    bool isLoading() const { return m_loadsInFlight > 0; }
+    bool isActionsLoading() const { return m_runLoadsInFlight > 0; }
+    const std::optional<QString> &errorMessage() const { return m_errorMessage; }
+    const std::optional<QString> &busyMessage() const { return m_busyMessage; }
+
+    /// The CI summary of `runs`; "CI is red" means Failure.
+    CIStatus::Value ciStatus() const { return CIStatus::from(m_runs); }
+    ReviewState::Value reviewState() const { return ReviewState::from(m_reviews); }
+    /// The merge gate for the runs held now and the current settings mode; re-evaluated when
+    /// either changes.
+    const MergeGateDecision &mergeGate() const { return m_mergeGate; }
+    bool mergeAllowed() const { return m_mergeGate.allowed; }
+    static QList<MergeMethod> mergeMethods() { return kestrine::mergeMethods(); }
+    static QString defaultMergeMethod() { return kestrine::defaultMergeMethod(); }
+
+    /// The full refresh: the pull request; then its comments, reviews, files and commits, fetched
+    /// together; then, when the head commit is known, its runs and their jobs. Does nothing
+    /// without a configured client. Never throws.
+    QCoro::Task<> load();
+
+    // The actions. Each does nothing without a configured client, shows its progress in
+    // `busyMessage` and clears it on every way out, and never throws.
+
+    /// Merges by `method` ("merge", "rebase" or "squash"); true when merged. A merge refused as
+    /// out of date is retried once after bringing the branch up to date.
+    QCoro::Task<bool> merge(QString method);
+    /// "closed" or "open".
+    QCoro::Task<> setState(QString state);
+    /// "approved", "changes", or anything else for a plain review comment. Does nothing while
+    /// another action shows its progress.
+    QCoro::Task<> submitReview(QString state, std::optional<QString> comment);
+    QCoro::Task<> postComment(QString body);
+    QCoro::Task<> rerun(qint64 runID);
+
+    // QML entry points: each starts its action and returns at once.
+    Q_INVOKABLE void reload();
+    /// Emits mergeFinished() with the outcome.
+    Q_INVOKABLE void startMerge(const QString &method);
+    Q_INVOKABLE void startSetState(const QString &state);
+    /// `comment`: a text, or null/undefined for none.
+    Q_INVOKABLE void startSubmitReview(const QString &state, const QVariant &comment = {});
+    Q_INVOKABLE void startPostComment(const QString &body);
+    Q_INVOKABLE void startRerun(qint64 runID);
+    /// The error alert was dismissed.
+    Q_INVOKABLE void clearErrorMessage();
+
+    QVariant qmlRepo() const;
+    /// Takes a repository in QML form (as `repo` gives it); anything that does not decode as one
+    /// is ignored.
+    void setQmlRepo(const QVariant &repo);
+    QVariant qmlPr() const;
+    QVariant qmlComments() const;
+    QVariant qmlReviews() const;
+    QVariant qmlFiles() const;
+    QVariant qmlCommits() const;
+    QVariant qmlRuns() const;
+    QVariantMap qmlJobs() const;
+    QString qmlErrorMessage() const { return m_errorMessage.value_or(QString()); }
+    QString qmlBusyMessage() const { return m_busyMessage.value_or(QString()); }
+
+signals:
+    void repoChanged();
+    void prNumberChanged();
+    void prChanged();
+    void commentsChanged();
+    void reviewsChanged();
+    void filesChanged();
+    void commitsChanged();
+    void runsChanged();
+    void jobsChanged();
+    void isLoadingChanged();
+    void isActionsLoadingChanged();
+    void errorMessageChanged();
+    void busyMessageChanged();
+    void mergeGateChanged();
+    /// The outcome of a merge started by startMerge().
+    void mergeFinished(bool merged);
+
+private:
+    /// Fetches the runs of `sha` and then, one run after another, their jobs.
+    QCoro::Task<> loadRuns(GiteaClient client, QString sha);
+    /// Stores the pull request as the server has it now, or nothing when that fetch fails.
+    QCoro::Task<> refetchPullRequest(GiteaClient client);
+    QCoro::Task<> runMerge(QString method);
+
+    void setPr(const std::optional<PullRequest> &pr);
+    void setComments(const QList<IssueComment> &comments);
+    void setReviews(const QList<PullReview> &reviews);
+    void setFiles(const QList<ChangedFile> &files);
+    void setCommits(const QList<PRCommit> &commits);
+    void setRuns(const QList<ActionRun> &runs);
+    void setJobs(qint64 runID, const QList<ActionJob> &jobs);
+    void beginLoad();
+    void endLoad();
+    void beginRunsLoad();
+    void endRunsLoad();
+    void setErrorMessage(const std::optional<QString> &message);
+    void setBusyMessage(const std::optional<QString> &message);
+    void updateMergeGate();
+
+    Repository m_repo;
+    qint64 m_prNumber = 0;
+    std::optional<PullRequest> m_pr;
+    QList<IssueComment> m_comments;
+    QList<PullReview> m_reviews;
+    QList<ChangedFile> m_files;
+    QList<PRCommit> m_commits;
+    QList<ActionRun> m_runs;
+    JobsByRun m_jobs;
+    // Counters rather than flags: a load that a newer one replaced still ends on its own.
+    int m_loadsInFlight = 0;
+    int m_runLoadsInFlight = 0;
+    std::optional<QString> m_errorMessage;
+    std::optional<QString> m_busyMessage;
+    MergeGateDecision m_mergeGate;
+    /// The cancellation scope of the current load; the next load deletes it.
+    QPointer<QObject> m_loadScope;
+};
+
+} // namespace kestrine

@@ -1,0 +1,431 @@
+// Loading one pull request into PRDetailViewModel against the fake Gitea server: the order of
+// requests, what each failure leaves behind, and what cancellation does not do.
+
+#include "detailfixture.h"
+#include "outcome.h"
+#include "prdetailviewmodel.h"
+
+#include <QtTest>
+
+using namespace kestrine;
+using namespace kestrine::testing;
+
+class TestPRDetailLoad : public QObject
+{
+    Q_OBJECT
+
+private:
+    FakeGiteaServer *server = nullptr;
+
+    std::unique_ptr<PRDetailViewModel> newModel()
+    {
+        return std::make_unique<PRDetailViewModel>(annApp(), 7);
+    }
+
+private slots:
+    void init()
+    {
+        server = new FakeGiteaServer(this);
+        QVERIFY(server->listen());
+        serveDefaults(*server);
+        configureSettings(*server);
+        LogStore::shared()->clear();
+    }
+
+    void cleanup()
+    {
+        delete server;
+        server = nullptr;
+    }
+
+    void newModelStartsEmptyAndIdle()
+    {
+        const auto model = newModel();
+        QCOMPARE(model->repo(), annApp());
+        QCOMPARE(model->prNumber(), qint64(7));
+        QVERIFY(!model->pr());
+        QVERIFY(model->comments().isEmpty() && model->reviews().isEmpty());
+        QVERIFY(model->files().isEmpty() && model->commits().isEmpty());
+        QVERIFY(model->runs().isEmpty() && model->jobs().isEmpty());
+        QVERIFY(!model->isLoading() && !model->isActionsLoading());
+        QVERIFY(!model->errorMessage() && !model->busyMessage());
+    }
+
+    void fullLoadFillsEveryFieldInServerOrder()
+    {
+        const auto model = newModel();
+        QVERIFY(runToEnd(model->load()).value);
+
+        QCOMPARE(model->pr()->title, QStringLiteral("Fix the parser"));
+        QCOMPARE(model->comments().size(), 1);
+        QCOMPARE(model->reviews().first().user->login, QStringLiteral("bob"));
+        QCOMPARE(model->files().first().filename, QStringLiteral("a.c"));
+        QCOMPARE(model->commits().first().sha, QStringLiteral("abc123"));
+        QCOMPARE(model->runs().size(), 1);
+        QCOMPARE(model->jobs().keys(), QList<qint64>{11});
+        QCOMPARE(model->jobs().value(11).first().id, qint64(110));
+        QVERIFY(!model->isLoading() && !model->isActionsLoading());
+        QVERIFY(!model->errorMessage());
+        QCOMPARE(model->ciStatus(), CIStatus::Success);
+        QCOMPARE(model->reviewState(), ReviewState::Approved);
+
+        const QStringList requests = requestLog(*server);
+        QCOMPARE(requests.size(), 7);
+        QCOMPARE(requests.first(), QStringLiteral("GET /pulls/7"));
+        // The four secondary requests run concurrently, so they may arrive in any order.
+        QCOMPARE(QSet<QString>(requests.begin() + 1, requests.begin() + 5),
+                 (QSet<QString>{QStringLiteral("GET /issues/7/comments"),
+                                QStringLiteral("GET /pulls/7/reviews"),
+                                QStringLiteral("GET /pulls/7/files"),
+                                QStringLiteral("GET /pulls/7/commits")}));
+        QCOMPARE(requests.at(5), QStringLiteral("GET /actions/runs"));
+        QCOMPARE(requests.at(6), QStringLiteral("GET /actions/runs/11/jobs"));
+        QCOMPARE(server->requests().at(5).rawQuery, QByteArray("head_sha=abc123&limit=20"));
+    }
+
+    void secondaryListsAreRequestedTogetherAndAssignedInOrder()
+    {
+        // Comments answer last, yet they are assigned first: the others wait for their turn.
+        server->route("GET", apiRoot + QStringLiteral("/issues/7/comments"),
+                      [](const RecordedRequest &, const RouteParams &) {
+                          FakeResponse response = FakeResponse::json(
+                              compact(QJsonArray{comment(1, QStringLiteral("late"))}));
+                          response.delay = std::chrono::milliseconds(300);
+                          return response;
+                      });
+        const auto model = newModel();
+        QStringList order;
+        qsizetype requestsWhenCommentsLanded = 0;
+        connect(model.get(), &PRDetailViewModel::prChanged, this,
+                [&] { order << QStringLiteral("pr"); });
+        connect(model.get(), &PRDetailViewModel::commentsChanged, this, [&] {
+            order << QStringLiteral("comments");
+            requestsWhenCommentsLanded = server->requests().size();
+        });
+        connect(model.get(), &PRDetailViewModel::reviewsChanged, this,
+                [&] { order << QStringLiteral("reviews"); });
+        connect(model.get(), &PRDetailViewModel::filesChanged, this,
+                [&] { order << QStringLiteral("files"); });
+        connect(model.get(), &PRDetailViewModel::commitsChanged, this,
+                [&] { order << QStringLiteral("commits"); });
+        connect(model.get(), &PRDetailViewModel::runsChanged, this,
+                [&] { order << QStringLiteral("runs"); });
+        connect(model.get(), &PRDetailViewModel::jobsChanged, this,
+                [&] { order << QStringLiteral("jobs"); });
+
+        QVERIFY(runToEnd(model->load()).value);
+        QCOMPARE(order,
+                 (QStringList{"pr", "comments", "reviews", "files", "commits", "runs", "jobs"}));
+        // The pull request and all four list requests had arrived before the slow one answered.
+        QCOMPARE(requestsWhenCommentsLanded, qsizetype(5));
+    }
+
+    void isLoadingIsTrueExactlyWhileLoadRuns()
+    {
+        const auto model = newModel();
+        QList<bool> seen;
+        connect(model.get(), &PRDetailViewModel::isLoadingChanged, this,
+                [&] { seen << model->isLoading(); });
+        QList<bool> actionsSeen;
+        connect(model.get(), &PRDetailViewModel::isActionsLoadingChanged, this,
+                [&] { actionsSeen << model->isActionsLoading(); });
+        bool loadingWhenRunsLanded = false;
+        connect(model.get(), &PRDetailViewModel::runsChanged, this,
+                [&] { loadingWhenRunsLanded = model->isLoading() && model->isActionsLoading(); });
+        QVERIFY(runToEnd(model->load()).value);
+        QCOMPARE(seen, (QList<bool>{true, false}));
+        QCOMPARE(actionsSeen, (QList<bool>{true, false}));
+        QVERIFY(loadingWhenRunsLanded);
+    }
+
+    void withoutConfiguredClientLoadChangesNothing()
+    {
+        SettingsStore::shared()->setInstanceURL(QString());
+        const auto model = newModel();
+        QSignalSpy loading(model.get(), &PRDetailViewModel::isLoadingChanged);
+        QSignalSpy errors(model.get(), &PRDetailViewModel::errorMessageChanged);
+        QVERIFY(runToEnd(model->load()).value);
+        QCOMPARE(loading.count(), 0);
+        QCOMPARE(errors.count(), 0);
+        QVERIFY(server->requests().isEmpty());
+        QVERIFY(LogStore::shared()->entries().isEmpty());
+    }
+
+    void failedPullRequestFetchLogsAndShowsTheErrorButKeepsTheLists()
+    {
+        const auto model = newModel();
+        QVERIFY(runToEnd(model->load()).value);
+        server->route("GET", pullPath, FakeResponse::json(R"({"message":"gone"})", 404));
+        server->clearRequests();
+        LogStore::shared()->clear();
+
+        QVERIFY(runToEnd(model->load()).value);
+        QCOMPARE(model->errorMessage(), QStringLiteral("Not found."));
+        QCOMPARE(logLines(LogLevel::Error),
+                 (QStringList{QStringLiteral("GET repos/ann/app/pulls/7 \u2192 404 not found"),
+                              QStringLiteral("PR 7: load failed: Not found.")}));
+        QCOMPARE(model->pr()->title, QStringLiteral("Fix the parser"));
+        QCOMPARE(model->comments().size(), 1);
+        QCOMPARE(model->jobs().size(), 1);
+        QVERIFY(!model->isLoading());
+        QCOMPARE(requestLog(*server), QStringList{QStringLiteral("GET /pulls/7")});
+    }
+
+    void nextLoadClearsTheErrorMessage()
+    {
+        server->route("GET", pullPath, FakeResponse::json(R"({"message":"boom"})", 500));
+        const auto model = newModel();
+        QVERIFY(runToEnd(model->load()).value);
+        QCOMPARE(model->errorMessage(), QStringLiteral("Server error (500): boom"));
+        server->route("GET", pullPath, FakeResponse::json(pullJson()));
+        QVERIFY(runToEnd(model->load()).value);
+        QVERIFY(!model->errorMessage());
+    }
+
+    void commentsNotFoundGiveEmptyCommentsAndNoErrorWhileOthersLand()
+    {
+        const auto model = newModel();
+        QVERIFY(runToEnd(model->load()).value);
+        QCOMPARE(model->comments().size(), 1);
+        server->route("GET", apiRoot + QStringLiteral("/issues/7/comments"),
+                      FakeResponse::json(R"({"message":"not found"})", 404));
+        server->route("GET", pullPath + QStringLiteral("/reviews"),
+                      FakeResponse::json(compact(
+                          QJsonArray{review(2, QStringLiteral("COMMENT"), QStringLiteral("cy"))})));
+        LogStore::shared()->clear();
+
+        QVERIFY(runToEnd(model->load()).value);
+        QVERIFY(model->comments().isEmpty());
+        QVERIFY(!model->errorMessage());
+        QCOMPARE(model->reviews().first().id, qint64(2));
+        QCOMPARE(model->files().size(), 1);
+        QCOMPARE(model->commits().size(), 1);
+        // Only the request's own line; the model adds nothing about the failure.
+        QCOMPARE(logLines(LogLevel::Error),
+                 QStringList{
+                     QStringLiteral("GET repos/ann/app/issues/7/comments \u2192 404 not found")});
+        QCOMPARE(logLines(LogLevel::Warn), QStringList());
+    }
+
+    void runsServerErrorWritesOneWarnLineAndNoErrorMessage()
+    {
+        const auto model = newModel();
+        QVERIFY(runToEnd(model->load()).value);
+        const QList<ActionRun> runsBefore = model->runs();
+        const PRDetailViewModel::JobsByRun jobsBefore = model->jobs();
+        server->route("GET", apiRoot + QStringLiteral("/actions/runs"),
+                      FakeResponse::json(R"({"message":"boom"})", 500));
+        LogStore::shared()->clear();
+        QSignalSpy actionsLoading(model.get(), &PRDetailViewModel::isActionsLoadingChanged);
+
+        QVERIFY(runToEnd(model->load()).value);
+        QCOMPARE(
+            logLines(LogLevel::Warn),
+            QStringList{QStringLiteral("PR 7: actions/runs failed: Server error (500): boom")});
+        QVERIFY(!model->errorMessage());
+        QCOMPARE(model->runs(), runsBefore);
+        QCOMPARE(model->jobs(), jobsBefore);
+        QCOMPARE(actionsLoading.count(), 2);
+        QVERIFY(!model->isActionsLoading());
+    }
+
+    void noUsableHeadShaMeansNoRunsRequest_data()
+    {
+        QTest::addColumn<QJsonObject>("headBranch");
+        QTest::newRow("no head branch") << QJsonObject();
+        QTest::newRow("head without sha") << head(QStringLiteral("feature/x"), QString());
+        QTest::newRow("head with empty sha") << head(QStringLiteral("feature/x"), QString(""));
+    }
+
+    void noUsableHeadShaMeansNoRunsRequest()
+    {
+        QFETCH(QJsonObject, headBranch);
+        server->route("GET", pullPath,
+                      FakeResponse::json(pullJson(QStringLiteral("No head"), headBranch)));
+        const auto model = newModel();
+        QSignalSpy actionsLoading(model.get(), &PRDetailViewModel::isActionsLoadingChanged);
+        QVERIFY(runToEnd(model->load()).value);
+        QVERIFY(model->pr());
+        QCOMPARE(actionsLoading.count(), 0);
+        QVERIFY(!model->isActionsLoading());
+        for (const QString &request : requestLog(*server))
+            QVERIFY2(!request.contains(u"/actions/"), qPrintable(request));
+        QCOMPARE(server->requests().size(), 5);
+    }
+
+    void threeRunsGiveThreeJobsRequestsInOrderAndAFailedOneIsEmpty()
+    {
+        server->route("GET", apiRoot + QStringLiteral("/actions/runs"),
+                      FakeResponse::json(runsJson({run(31, QStringLiteral("success")),
+                                                   run(32, QStringLiteral("failure")),
+                                                   run(33, QStringLiteral("success"))})));
+        server->route("GET", apiRoot + QStringLiteral("/actions/runs/32/jobs"),
+                      FakeResponse::json(R"({"message":"boom"})", 500));
+        const auto model = newModel();
+        QVERIFY(runToEnd(model->load()).value);
+
+        const QStringList requests = requestLog(*server);
+        QCOMPARE(requests.mid(requests.size() - 3),
+                 (QStringList{QStringLiteral("GET /actions/runs/31/jobs"),
+                              QStringLiteral("GET /actions/runs/32/jobs"),
+                              QStringLiteral("GET /actions/runs/33/jobs")}));
+        QCOMPARE(model->jobs().keys(), (QList<qint64>{31, 32, 33}));
+        QCOMPARE(model->jobs().value(31).first().id, qint64(310));
+        QVERIFY(model->jobs().value(32).isEmpty());
+        QCOMPARE(model->jobs().value(33).first().id, qint64(330));
+        QVERIFY(!model->errorMessage());
+        QCOMPARE(model->ciStatus(), CIStatus::Failure);
+    }
+
+    void refreshAfterARunDisappearedKeepsItsOldJobs()
+    {
+        server->route("GET", apiRoot + QStringLiteral("/actions/runs"),
+                      FakeResponse::json(runsJson({run(41, QStringLiteral("success")),
+                                                   run(42, QStringLiteral("success"))})));
+        const auto model = newModel();
+        QVERIFY(runToEnd(model->load()).value);
+        QCOMPARE(model->jobs().keys(), (QList<qint64>{41, 42}));
+
+        server->route("GET", apiRoot + QStringLiteral("/actions/runs"),
+                      FakeResponse::json(runsJson({run(41, QStringLiteral("success"))})));
+        QVERIFY(runToEnd(model->load()).value);
+        QCOMPARE(model->runs().size(), 1);
+        QCOMPARE(model->jobs().keys(), (QList<qint64>{41, 42}));
+        QCOMPARE(model->jobs().value(42).first().id, qint64(420));
+    }
+
+    void emptyRunListMakesNoJobsRequests()
+    {
+        server->route("GET", apiRoot + QStringLiteral("/actions/runs"),
+                      FakeResponse::json(runsJson({})));
+        const auto model = newModel();
+        QVERIFY(runToEnd(model->load()).value);
+        QVERIFY(model->runs().isEmpty());
+        QCOMPARE(requestLog(*server).last(), QStringLiteral("GET /actions/runs"));
+        QVERIFY(!model->isActionsLoading());
+    }
+
+    void identicalReloadNotifiesNothingButLoading()
+    {
+        const auto model = newModel();
+        QVERIFY(runToEnd(model->load()).value);
+        QSignalSpy pr(model.get(), &PRDetailViewModel::prChanged);
+        QSignalSpy comments(model.get(), &PRDetailViewModel::commentsChanged);
+        QSignalSpy runs(model.get(), &PRDetailViewModel::runsChanged);
+        QSignalSpy jobs(model.get(), &PRDetailViewModel::jobsChanged);
+        QSignalSpy errors(model.get(), &PRDetailViewModel::errorMessageChanged);
+        QVERIFY(runToEnd(model->load()).value);
+        QCOMPARE(pr.count() + comments.count() + runs.count() + jobs.count() + errors.count(), 0);
+    }
+
+    void destroyingTheModelDuringThePullRequestFetchLogsAndSetsNothing()
+    {
+        server->route("GET", pullPath, [](const RecordedRequest &, const RouteParams &) {
+            FakeResponse response = FakeResponse::json(pullJson());
+            response.delay = std::chrono::milliseconds(300);
+            return response;
+        });
+        auto *model = new PRDetailViewModel(annApp(), 7);
+        QPointer<PRDetailViewModel> watch(model);
+        connect(server, &FakeGiteaServer::requestRecorded, model, &QObject::deleteLater);
+        const auto outcome = runToEnd(model->load());
+        QVERIFY(outcome.value);
+        QVERIFY(!watch);
+        QTest::qWait(500);
+        QVERIFY(LogStore::shared()->entries().isEmpty());
+        QCOMPARE(server->requests().size(), 1);
+    }
+
+    void destroyingTheModelDuringTheListFetchesAbortsThemSilently()
+    {
+        server->route("GET", pullPath + QStringLiteral("/commits"),
+                      [](const RecordedRequest &, const RouteParams &) {
+                          FakeResponse response = FakeResponse::json("[]");
+                          response.delay = std::chrono::milliseconds(300);
+                          return response;
+                      });
+        auto *model = new PRDetailViewModel(annApp(), 7);
+        QPointer<PRDetailViewModel> watch(model);
+        // Gone as soon as comments have landed, while commits are still under way.
+        connect(model, &PRDetailViewModel::commentsChanged, model, &QObject::deleteLater);
+        QVERIFY(runToEnd(model->load()).value);
+        QVERIFY(!watch);
+        QTest::qWait(500);
+        // The pull request and the comments (at least) were logged when they arrived; the
+        // aborted commits request never is, and the model adds no line of its own.
+        const QStringList lines = logLines(LogLevel::Info);
+        QVERIFY(lines.contains(QStringLiteral("GET repos/ann/app/pulls/7 \u2192 200")));
+        for (const QString &line : lines)
+            QVERIFY2(!line.contains(u"/commits"), qPrintable(line));
+        QCOMPARE(logLines(LogLevel::Warn) + logLines(LogLevel::Error), QStringList());
+        QVERIFY(!requestLog(*server).contains(QStringLiteral("GET /actions/runs")));
+    }
+
+    void newLoadAbortsThePreviousOneWithoutALogLine()
+    {
+        int calls = 0;
+        server->route("GET", pullPath, [&calls](const RecordedRequest &, const RouteParams &) {
+            ++calls;
+            if (calls == 1) {
+                FakeResponse slow = FakeResponse::json(pullJson(QStringLiteral("Old")));
+                slow.delay = std::chrono::milliseconds(400);
+                return slow;
+            }
+            return FakeResponse::json(pullJson(QStringLiteral("New")));
+        });
+        const auto model = newModel();
+        QList<bool> loadingSeen;
+        connect(model.get(), &PRDetailViewModel::isLoadingChanged, this,
+                [&] { loadingSeen << model->isLoading(); });
+        model->reload();
+        QTRY_COMPARE(server->requests().size(), 1);
+
+        QVERIFY(runToEnd(model->load()).value);
+        QTest::qWait(600);
+        QCOMPARE(model->pr()->title, QStringLiteral("New"));
+        QCOMPARE(calls, 2);
+        QCOMPARE(
+            logLines(LogLevel::Info).count(QStringLiteral("GET repos/ann/app/pulls/7 \u2192 200")),
+            1);
+        QCOMPARE(logLines(LogLevel::Warn) + logLines(LogLevel::Error), QStringList());
+        QVERIFY(!model->errorMessage());
+        QCOMPARE(loadingSeen, (QList<bool>{true, false}));
+        QVERIFY(!model->isLoading());
+    }
+
+    void qmlPropertiesUseTheJsonKeys()
+    {
+        const auto model = newModel();
+        QVERIFY(runToEnd(model->load()).value);
+        QCOMPARE(model->property("pr").toMap().value(QStringLiteral("title")).toString(),
+                 QStringLiteral("Fix the parser"));
+        QCOMPARE(model->property("hasPr").toBool(), true);
+        const QVariantMap jobs = model->property("jobs").toMap();
+        QCOMPARE(jobs.keys(), QStringList{QStringLiteral("11")});
+        QCOMPARE(
+            jobs.value(QStringLiteral("11")).toList().first().toMap().value(QStringLiteral("name")),
+            QVariant(QStringLiteral("build")));
+        QCOMPARE(model->property("reviews").toList().size(), 1);
+        QCOMPARE(model->property("errorMessage").toString(), QString());
+        QCOMPARE(model->property("ciStatus").value<CIStatus::Value>(), CIStatus::Success);
+    }
+
+    void repoCanBeSetInItsQmlForm()
+    {
+        PRDetailViewModel model;
+        QSignalSpy changed(&model, &PRDetailViewModel::repoChanged);
+        QVERIFY(model.setProperty("repo", toQmlValue(annApp())));
+        QVERIFY(model.setProperty("prNumber", 7));
+        QCOMPARE(model.repo(), annApp());
+        QCOMPARE(model.prNumber(), qint64(7));
+        QCOMPARE(changed.count(), 1);
+        model.setProperty("repo", QVariantMap{{QStringLiteral("name"), 3}});
+        QCOMPARE(model.repo(), annApp());
+        QCOMPARE(changed.count(), 1);
+        QVERIFY(runToEnd(model.load()).value);
+        QCOMPARE(model.pr()->number, qint64(7));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestPRDetailLoad)
+#include "tst_prdetailload.moc"
