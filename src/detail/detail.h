@@ -1,9 +1,11 @@
 #pragma once
 
 // The pull request detail layer's public surface: the detail model with its actions and merge
-// gate, and the diff and Markdown line classifiers.
+// gate, the diff and job log models, and the Markdown line classifier.
 
+#include "diffmodel.h"
 #include "diffparser.h"
+#include "joblogmodel.h"
 #include "markdownlines.h"
 #include "mergegate.h"
 #include "prdetailviewmodel.h"

@@ -1,0 +1,162 @@
+#include "diffmodel.h"
+
+#include "failure_p.h"
+#include "qmlrecords_p.h"
+#include "settingsstore.h"
+
+#include <QPointer>
+
+namespace kestrine {
+
+DiffModel::DiffModel(QObject *parent)
+    : QAbstractListModel(parent)
+{}
+
+DiffModel::DiffModel(Repository repo, qint64 prNumber, ChangedFile file, QObject *parent)
+    : QAbstractListModel(parent)
+    , m_repo(std::move(repo))
+    , m_prNumber(prNumber)
+    , m_file(std::move(file))
+{}
+
+void DiffModel::setRepo(const Repository &repo)
+{
+    if (m_repo == repo)
+        return;
+    m_repo = repo;
+    emit repoChanged();
+}
+
+void DiffModel::setPrNumber(qint64 prNumber)
+{
+    if (m_prNumber == prNumber)
+        return;
+    m_prNumber = prNumber;
+    emit prNumberChanged();
+}
+
+void DiffModel::setFile(const ChangedFile &file)
+{
+    if (m_file == file)
+        return;
+    m_file = file;
+    emit fileChanged();
+}
+
+QCoro::Task<> DiffModel::load()
+{
+    setLoading(true);
+    setErrorMessage(std::nullopt);
+    const std::optional<GiteaClient> configured = SettingsStore::shared()->client();
+    if (!configured) {
+        setErrorMessage(QStringLiteral("Not configured."));
+        setLoading(false);
+        co_return;
+    }
+    const GiteaClient client = configured->cancelledWith(this);
+    const QPointer<DiffModel> self(this);
+
+    QString diff;
+    std::exception_ptr error;
+    try {
+        diff = co_await client.diff(m_repo.owner.login, m_repo.name, m_prNumber);
+    } catch (...) {
+        error = std::current_exception();
+    }
+    if (!self)
+        co_return;
+    if (error) {
+        const detail::Failure failure = detail::Failure::of(error);
+        if (!failure.isCancellation)
+            setErrorMessage(failure.description);
+        setLoading(false);
+        co_return;
+    }
+
+    setLines(parseFileDiff(diff, m_file.filename));
+    // Splitting always yields at least one line, so this stays a safety net.
+    if (m_lines.isEmpty())
+        setErrorMessage(QStringLiteral("No diff content for this file."));
+    setLoading(false);
+}
+
+void DiffModel::reload()
+{
+    // Runs on by itself; the QPointer check keeps it safe if the model goes first.
+    load();
+}
+
+int DiffModel::rowCount(const QModelIndex &parent) const
+{
+    return parent.isValid() ? 0 : count();
+}
+
+QVariant DiffModel::data(const QModelIndex &index, int role) const
+{
+    if (!checkIndex(index, CheckIndexOption::IndexIsValid | CheckIndexOption::ParentIsInvalid))
+        return {};
+    switch (role) {
+    case TextRole:
+    case Qt::DisplayRole:
+        return m_lines.text(index.row()).toString();
+    case TypeRole:
+        return int(m_lines.type(index.row()));
+    default:
+        return {};
+    }
+}
+
+QHash<int, QByteArray> DiffModel::roleNames() const
+{
+    return {{TextRole, "text"}, {TypeRole, "type"}};
+}
+
+QVariant DiffModel::qmlRepo() const
+{
+    return toQmlValue(m_repo);
+}
+
+void DiffModel::setQmlRepo(const QVariant &repo)
+{
+    if (const auto decoded = detail::recordFromQml<Repository>(repo))
+        setRepo(*decoded);
+}
+
+QVariant DiffModel::qmlFile() const
+{
+    return toQmlValue(m_file);
+}
+
+void DiffModel::setQmlFile(const QVariant &file)
+{
+    if (const auto decoded = detail::recordFromQml<ChangedFile>(file))
+        setFile(*decoded);
+}
+
+void DiffModel::setLines(ParsedDiff lines)
+{
+    const int before = count();
+    beginResetModel();
+    m_lines = std::move(lines);
+    endResetModel();
+    if (count() != before)
+        emit countChanged();
+}
+
+void DiffModel::setLoading(bool loading)
+{
+    if (m_isLoading == loading)
+        return;
+    m_isLoading = loading;
+    emit isLoadingChanged();
+}
+
+void DiffModel::setErrorMessage(const std::optional<QString> &message)
+{
+    if (m_errorMessage == message)
+        return;
+    m_errorMessage = message;
+    emit errorMessageChanged();
+}
+
+} // namespace kestrine

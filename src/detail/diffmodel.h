@@ -1,0 +1,88 @@
+#pragma once
+
+#include "diffparser.h"
+#include "records.h"
+
+#include <QAbstractListModel>
+#include <QCoroTask>
+#include <QString>
+#include <QVariant>
+#include <QtQml/qqmlregistration.h>
+#include <optional>
+
+namespace kestrine {
+
+/// The diff of one changed file of a pull request, line by line, for the diff screen. It fetches
+/// the whole pull request's diff and cuts out the file's section (see parseFileDiff). Roles: text
+/// (the line as in the diff) and type (a DiffLineType::Value). Rows are told apart by their
+/// position: every load resets the model.
+class DiffModel : public QAbstractListModel
+{
+    Q_OBJECT
+    QML_ELEMENT
+    Q_PROPERTY(QVariant repo READ qmlRepo WRITE setQmlRepo NOTIFY repoChanged)
+    Q_PROPERTY(qint64 prNumber READ prNumber WRITE setPrNumber NOTIFY prNumberChanged)
+    Q_PROPERTY(QVariant file READ qmlFile WRITE setQmlFile NOTIFY fileChanged)
+    Q_PROPERTY(bool isLoading READ isLoading NOTIFY isLoadingChanged)
+    /// "" when there is no error.
+    Q_PROPERTY(QString errorMessage READ qmlErrorMessage NOTIFY errorMessageChanged)
+    Q_PROPERTY(int count READ count NOTIFY countChanged)
+
+public:
+    enum Role {
+        TextRole = Qt::UserRole + 1,
+        TypeRole,
+    };
+
+    explicit DiffModel(QObject *parent = nullptr);
+    DiffModel(Repository repo, qint64 prNumber, ChangedFile file, QObject *parent = nullptr);
+
+    const Repository &repo() const { return m_repo; }
+    void setRepo(const Repository &repo);
+    qint64 prNumber() const { return m_prNumber; }
+    void setPrNumber(qint64 prNumber);
+    const ChangedFile &file() const { return m_file; }
+    void setFile(const ChangedFile &file);
+
+    const ParsedDiff &lines() const { return m_lines; }
+    bool isLoading() const { return m_isLoading; }
+    const std::optional<QString> &errorMessage() const { return m_errorMessage; }
+    int count() const { return int(m_lines.size()); }
+
+    /// Fetches the pull request's diff and shows this file's part of it. On failure the lines
+    /// shown so far stay. Never throws.
+    QCoro::Task<> load();
+    Q_INVOKABLE void reload();
+
+    int rowCount(const QModelIndex &parent = {}) const override;
+    QVariant data(const QModelIndex &index, int role) const override;
+    QHash<int, QByteArray> roleNames() const override;
+
+    QVariant qmlRepo() const;
+    void setQmlRepo(const QVariant &repo);
+    QVariant qmlFile() const;
+    void setQmlFile(const QVariant &file);
+    QString qmlErrorMessage() const { return m_errorMessage.value_or(QString()); }
+
+signals:
+    void repoChanged();
+    void prNumberChanged();
+    void fileChanged();
+    void isLoadingChanged();
+    void errorMessageChanged();
+    void countChanged();
+
+private:
+    void setLines(ParsedDiff lines);
+    void setLoading(bool loading);
+    void setErrorMessage(const std::optional<QString> &message);
+
+    Repository m_repo;
+    qint64 m_prNumber = 0;
+    ChangedFile m_file;
+    ParsedDiff m_lines;
+    bool m_isLoading = false;
+    std::optional<QString> m_errorMessage;
+};
+
+} // namespace kestrine

@@ -1,0 +1,137 @@
+#include "joblogmodel.h"
+
+#include "failure_p.h"
+#include "qmlrecords_p.h"
+#include "settingsstore.h"
+
+#include <QPointer>
+
+namespace kestrine {
+
+JobLogModel::JobLogModel(QObject *parent)
+    : QObject(parent)
+{}
+
+JobLogModel::JobLogModel(Repository repo, qint64 runID, qint64 jobID, QString jobName,
+                         QObject *parent)
+    : QObject(parent)
+    , m_repo(std::move(repo))
+    , m_runID(runID)
+    , m_jobID(jobID)
+    , m_jobName(std::move(jobName))
+{}
+
+void JobLogModel::setRepo(const Repository &repo)
+{
+    if (m_repo == repo)
+        return;
+    m_repo = repo;
+    emit repoChanged();
+}
+
+void JobLogModel::setRunID(qint64 runID)
+{
+    if (m_runID == runID)
+        return;
+    m_runID = runID;
+    emit runIDChanged();
+}
+
+void JobLogModel::setJobID(qint64 jobID)
+{
+    if (m_jobID == jobID)
+        return;
+    m_jobID = jobID;
+    emit jobIDChanged();
+}
+
+void JobLogModel::setJobName(const QString &jobName)
+{
+    if (m_jobName == jobName)
+        return;
+    m_jobName = jobName;
+    emit jobNameChanged();
+}
+
+void JobLogModel::setShowShare(bool show)
+{
+    if (m_showShare == show)
+        return;
+    m_showShare = show;
+    emit showShareChanged();
+}
+
+QCoro::Task<> JobLogModel::load()
+{
+    setLoading(true);
+    setErrorMessage(std::nullopt);
+    const std::optional<GiteaClient> configured = SettingsStore::shared()->client();
+    if (!configured) {
+        setErrorMessage(QStringLiteral("Not configured."));
+        setLoading(false);
+        co_return;
+    }
+    const GiteaClient client = configured->cancelledWith(this);
+    const QPointer<JobLogModel> self(this);
+
+    QString log;
+    std::exception_ptr error;
+    try {
+        log = co_await client.jobLogs(m_repo.owner.login, m_repo.name, m_jobID);
+    } catch (...) {
+        error = std::current_exception();
+    }
+    if (!self)
+        co_return;
+    if (error) {
+        const detail::Failure failure = detail::Failure::of(error);
+        if (!failure.isCancellation)
+            setErrorMessage(failure.description);
+    } else {
+        setText(log);
+    }
+    setLoading(false);
+}
+
+void JobLogModel::reload()
+{
+    // Runs on by itself; the QPointer check keeps it safe if the model goes first.
+    load();
+}
+
+QVariant JobLogModel::qmlRepo() const
+{
+    return toQmlValue(m_repo);
+}
+
+void JobLogModel::setQmlRepo(const QVariant &repo)
+{
+    if (const auto decoded = detail::recordFromQml<Repository>(repo))
+        setRepo(*decoded);
+}
+
+void JobLogModel::setText(const QString &text)
+{
+    if (m_text == text)
+        return;
+    m_text = text;
+    emit textChanged();
+}
+
+void JobLogModel::setLoading(bool loading)
+{
+    if (m_isLoading == loading)
+        return;
+    m_isLoading = loading;
+    emit isLoadingChanged();
+}
+
+void JobLogModel::setErrorMessage(const std::optional<QString> &message)
+{
+    if (m_errorMessage == message)
+        return;
+    m_errorMessage = message;
+    emit errorMessageChanged();
+}
+
+} // namespace kestrine
