@@ -1,0 +1,43 @@
+// logs: the app's diagnostic log, as the logs screen shows and shares it.
+
+#include "command.h"
+#include "console.h"
+#include "exitcode.h"
+#include "logstore.h"
+
+namespace kestrine::cli {
+namespace {
+
+const QString clearOption = QStringLiteral("--clear");
+
+QCoro::Task<int> runLogs(Arguments arguments, Session &)
+{
+    LogStore *log = LogStore::shared();
+    if (arguments.isSet(clearOption)) {
+        log->clear();
+        co_return ExitCode::Success;
+    }
+    const QString text = log->text();
+    if (!text.isEmpty())
+        console::printLine(text);
+    co_return ExitCode::Success;
+}
+
+} // namespace
+
+Command logsCommand()
+{
+    return {
+        QStringLiteral("logs"),
+        QStringLiteral("Print the diagnostic log, or clear it"),
+        {{}, {}, {{clearOption, {}, QStringLiteral("empty the log, also the stored copy")}}},
+        QStringLiteral("Prints the log as the app shares it, oldest line first:\n"
+                       "  [2024-05-01T10:20:30Z] LEVEL message\n"
+                       "Every request to the server leaves one line, from the app and from this "
+                       "command alike."),
+        Command::Needs::Nothing,
+        runLogs,
+    };
+}
+
+} // namespace kestrine::cli
