@@ -10,6 +10,7 @@ namespace {
 
 QCoro::Task<int> runCheck(Arguments, Session &session)
 {
+    session.settings();
     const int posted = co_await session.backgroundCheck().poll();
     console::printLine(QString::number(posted));
     co_return ExitCode::Success;
@@ -30,7 +31,6 @@ Command checkCommand()
                        "prints 0 while notificationsEnabled is false or no instance is "
                        "configured. The systemd\n"
                        "user timer kestrine-check.timer runs it every 15 minutes."),
-        Command::Needs::Settings,
         runCheck,
     };
 }

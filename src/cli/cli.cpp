@@ -121,12 +121,6 @@ int run(QStringList arguments)
     }
 
     Session session;
-    if (command->needs == Command::Needs::Settings) {
-        if (const std::optional<QString> failure = session.open()) {
-            console::printError(*failure);
-            return ExitCode::Failure;
-        }
-    }
     // The command starts once the event loop runs, so that its end can stop the loop even when
     // it finishes without ever waiting.
     int exitCode = ExitCode::Failure;

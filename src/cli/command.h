@@ -11,16 +11,13 @@ namespace kestrine::cli {
 class Session;
 
 /// One command of kestrine-cli: its name, its help, what it takes, and the coroutine that carries
-/// it out and answers the exit code. A run function may throw UsageError for an argument whose
-/// value is wrong; it reports every other failure itself.
+/// it out and answers the exit code.
+///
+/// A run function checks its arguments first, throwing UsageError for a wrong one, and only then
+/// asks the session for the settings: a wrong command line reads and writes nothing. It reports
+/// every other failure itself.
 struct Command
 {
-    enum class Needs {
-        /// Only the files of this user (the log).
-        Nothing,
-        /// The settings store, with credentials from the environment or the demo instance applied.
-        Settings,
-    };
     using Run = QCoro::Task<int> (*)(Arguments arguments, Session &session);
 
     QString name;
@@ -29,7 +26,6 @@ struct Command
     CommandSyntax syntax;
     /// The rest of the command's help: what it prints, what it changes, when it fails.
     QString description;
-    Needs needs = Needs::Settings;
     Run run = nullptr;
 };
 
@@ -45,5 +41,15 @@ Command settingsCommand();
 Command inboxCommand();
 Command checkCommand();
 Command logsCommand();
+Command showCommand();
+Command diffCommand();
+Command jobLogCommand();
+Command commentCommand();
+Command approveCommand();
+Command requestChangesCommand();
+Command closeCommand();
+Command reopenCommand();
+Command rerunCommand();
+Command mergeCommand();
 
 } // namespace kestrine::cli

@@ -5,8 +5,10 @@ namespace kestrine::cli {
 const QList<Command> &commands()
 {
     static const QList<Command> all{
-        loginCommand(), logoutCommand(), settingsCommand(),
-        inboxCommand(), checkCommand(),  logsCommand(),
+        loginCommand(),   logoutCommand(),         settingsCommand(), inboxCommand(),
+        showCommand(),    diffCommand(),           jobLogCommand(),   commentCommand(),
+        approveCommand(), requestChangesCommand(), closeCommand(),    reopenCommand(),
+        rerunCommand(),   mergeCommand(),          checkCommand(),    logsCommand(),
     };
     return all;
 }

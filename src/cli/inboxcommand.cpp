@@ -5,6 +5,7 @@
 #include "exitcode.h"
 #include "inboxviewmodel.h"
 #include "jsonoutput.h"
+#include "session.h"
 
 namespace kestrine::cli {
 namespace {
@@ -31,8 +32,9 @@ QString rowLine(const PRRow &row)
     return line;
 }
 
-QCoro::Task<int> runInbox(Arguments arguments, Session &)
+QCoro::Task<int> runInbox(Arguments arguments, Session &session)
 {
+    session.settings();
     InboxViewModel inbox;
     co_await inbox.load();
     if (inbox.errorMessage()) {
@@ -68,7 +70,6 @@ Command inboxCommand()
                        "waits for it.\n"
                        "Fails when nothing could be loaded; some repositories failing is only "
                        "logged."),
-        Command::Needs::Settings,
         runInbox,
     };
 }

@@ -35,7 +35,6 @@ Command logsCommand()
                        "  [2024-05-01T10:20:30Z] LEVEL message\n"
                        "Every request to the server leaves one line, from the app and from this "
                        "command alike."),
-        Command::Needs::Nothing,
         runLogs,
     };
 }

@@ -20,12 +20,15 @@ Session::Session() = default;
 
 Session::~Session() = default;
 
-std::optional<QString> Session::open()
+SettingsStore &Session::settings()
 {
-    SettingsStore::shared()->overrideCredentials(environmentValue("KESTRINE_URL"),
-                                                 environmentValue("KESTRINE_TOKEN"));
-    backgroundCheck();
-    return std::nullopt;
+    if (!m_settingsOpened) {
+        m_settingsOpened = true;
+        SettingsStore::shared()->overrideCredentials(environmentValue("KESTRINE_URL"),
+                                                     environmentValue("KESTRINE_TOKEN"));
+        backgroundCheck();
+    }
+    return *SettingsStore::shared();
 }
 
 BackgroundCheck &Session::backgroundCheck()

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "backgroundcheck.h"
+#include "settingsstore.h"
 
 #include <QCoroTask>
 #include <QString>
@@ -20,17 +21,19 @@ public:
     Session(const Session &) = delete;
     Session &operator=(const Session &) = delete;
 
-    /// Loads the shared settings and applies this run's credentials. Answers the error text when
-    /// the run cannot go on.
-    std::optional<QString> open();
+    /// The shared settings store, loaded on the first call with this run's credentials applied;
+    /// the background check is installed with it, so that whatever the command's models start is
+    /// waited for.
+    SettingsStore &settings();
 
-    /// The background check of this run; open() installs it.
+    /// The background check of this run.
     BackgroundCheck &backgroundCheck();
 
     /// Waits for what the command left running (see BackgroundCheck::settle()).
     QCoro::Task<> finish();
 
 private:
+    bool m_settingsOpened = false;
     std::unique_ptr<BackgroundCheck> m_check;
 };
 

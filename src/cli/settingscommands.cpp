@@ -4,10 +4,12 @@
 #include "console.h"
 #include "exitcode.h"
 #include "jsonoutput.h"
+#include "session.h"
 #include "settingsstore.h"
 
 #include <QJsonArray>
 #include <QJsonObject>
+#include <functional>
 
 namespace kestrine::cli {
 namespace {
@@ -51,39 +53,64 @@ QStringList parseRepositoryList(const QString &value)
     return names;
 }
 
-/// One setting that `settings KEY VALUE` changes.
+/// A checked value, ready to be stored.
+using Change = std::function<void(SettingsStore &store)>;
+
+/// One setting that `settings KEY VALUE` changes: its key, and how a value is read, which throws
+/// UsageError for a wrong one.
 struct Setter
 {
     QString key;
-    void (*apply)(SettingsStore &store, const QString &key, const QString &value);
+    Change (*parse)(const QString &key, const QString &value);
 };
 
 const QList<Setter> &setters()
 {
     static const QList<Setter> all{
         {QString(SettingsStore::mergeGateModeKey),
-         [](SettingsStore &store, const QString &key, const QString &value) {
-             if (value == u"warn")
-                 store.setMergeGateMode(MergeGateMode::Warn);
-             else if (value == u"block")
-                 store.setMergeGateMode(MergeGateMode::Block);
-             else
+         [](const QString &key, const QString &value) -> Change {
+             if (value != u"warn" && value != u"block")
                  throw UsageError(QStringLiteral("%1 is warn or block").arg(key));
+             const MergeGateMode mode =
+                 value == u"block" ? MergeGateMode::Block : MergeGateMode::Warn;
+             return [mode](SettingsStore &store) {
+                 store.setMergeGateMode(mode);
+             };
          }},
         {QString(SettingsStore::deleteBranchAfterMergeKey),
-         [](SettingsStore &store, const QString &key, const QString &value) {
-             store.setDeleteBranchAfterMerge(parseBool(key, value));
+         [](const QString &key, const QString &value) -> Change {
+             const bool enabled = parseBool(key, value);
+             return [enabled](SettingsStore &store) {
+                 store.setDeleteBranchAfterMerge(enabled);
+             };
          }},
         {QString(SettingsStore::monitoredReposKey),
-         [](SettingsStore &store, const QString &, const QString &value) {
-             store.setMonitoredRepos(parseRepositoryList(value));
+         [](const QString &, const QString &value) -> Change {
+             const QStringList repos = parseRepositoryList(value);
+             return [repos](SettingsStore &store) {
+                 store.setMonitoredRepos(repos);
+             };
          }},
         {QString(SettingsStore::notificationsEnabledKey),
-         [](SettingsStore &store, const QString &key, const QString &value) {
-             store.setNotificationsEnabled(parseBool(key, value));
+         [](const QString &key, const QString &value) -> Change {
+             const bool enabled = parseBool(key, value);
+             return [enabled](SettingsStore &store) {
+                 store.setNotificationsEnabled(enabled);
+             };
          }},
     };
     return all;
+}
+
+/// The change `settings KEY VALUE` asks for; throws UsageError for an unknown key or a wrong
+/// value.
+Change parseChange(const QString &key, const QString &value)
+{
+    for (const Setter &setter : setters()) {
+        if (setter.key == key)
+            return setter.parse(key, value);
+    }
+    throw UsageError(QStringLiteral("%1 is not a setting that can be changed here").arg(key));
 }
 
 void printSettings(const SettingsStore &store)
@@ -114,7 +141,7 @@ QJsonObject settingsJson(const SettingsStore &store)
     };
 }
 
-QCoro::Task<int> runLogin(Arguments arguments, Session &)
+QCoro::Task<int> runLogin(Arguments arguments, Session &session)
 {
     const QString url = arguments.value(urlOption).value_or(QString()).trimmed();
     if (url.isEmpty())
@@ -125,27 +152,27 @@ QCoro::Task<int> runLogin(Arguments arguments, Session &)
         throw UsageError(QStringLiteral("no token on standard input"));
     if (token->isEmpty())
         throw UsageError(QStringLiteral("the token on standard input is empty"));
-    SettingsStore *store = SettingsStore::shared();
-    store->setInstanceURL(url);
-    store->setToken(*token);
+    SettingsStore &store = session.settings();
+    store.setInstanceURL(url);
+    store.setToken(*token);
     co_return ExitCode::Success;
 }
 
-QCoro::Task<int> runLogout(Arguments, Session &)
+QCoro::Task<int> runLogout(Arguments, Session &session)
 {
-    SettingsStore::shared()->logout();
+    session.settings().logout();
     co_return ExitCode::Success;
 }
 
-QCoro::Task<int> runSettings(Arguments arguments, Session &)
+QCoro::Task<int> runSettings(Arguments arguments, Session &session)
 {
-    SettingsStore *store = SettingsStore::shared();
     const std::optional<QString> key = arguments.positional(0);
     if (!key) {
+        const SettingsStore &store = session.settings();
         if (arguments.isSet(jsonOption))
-            printJson(settingsJson(*store));
+            printJson(settingsJson(store));
         else
-            printSettings(*store);
+            printSettings(store);
         co_return ExitCode::Success;
     }
     if (arguments.isSet(jsonOption))
@@ -153,13 +180,9 @@ QCoro::Task<int> runSettings(Arguments arguments, Session &)
     const std::optional<QString> value = arguments.positional(1);
     if (!value)
         throw UsageError(QStringLiteral("settings %1 needs a value").arg(*key));
-    for (const Setter &setter : setters()) {
-        if (setter.key == *key) {
-            setter.apply(*store, *key, *value);
-            co_return ExitCode::Success;
-        }
-    }
-    throw UsageError(QStringLiteral("%1 is not a setting that can be changed here").arg(*key));
+    const Change change = parseChange(*key, *value);
+    change(session.settings());
+    co_return ExitCode::Success;
 }
 
 } // namespace
@@ -175,7 +198,6 @@ Command loginCommand()
                        "it is never taken from the command line. Both values go to the "
                        "keychain, as the app's\n"
                        "settings screen saves them; nothing is sent to the server."),
-        Command::Needs::Settings,
         runLogin,
     };
 }
@@ -189,7 +211,6 @@ Command logoutCommand()
         QStringLiteral("Deletes both from the keychain and stores the default instance URL and "
                        "an empty token,\n"
                        "as the app's \"Log out\" does. The other settings stay."),
-        Command::Needs::Settings,
         runLogout,
     };
 }
@@ -212,7 +233,6 @@ Command settingsCommand()
                        "ann/tool,cy/infra;\n"
                        "                          empty for every repository\n"
                        "The instance URL and the token are changed with login and logout."),
-        Command::Needs::Settings,
         runSettings,
     };
 }

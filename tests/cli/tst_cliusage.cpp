@@ -11,8 +11,14 @@ using namespace kestrine::testing;
 namespace {
 
 const QStringList commandNames{
-    QStringLiteral("login"), QStringLiteral("logout"), QStringLiteral("settings"),
-    QStringLiteral("inbox"), QStringLiteral("check"),  QStringLiteral("logs"),
+    QStringLiteral("login"),    QStringLiteral("logout"),
+    QStringLiteral("settings"), QStringLiteral("inbox"),
+    QStringLiteral("show"),     QStringLiteral("diff"),
+    QStringLiteral("job-log"),  QStringLiteral("comment"),
+    QStringLiteral("approve"),  QStringLiteral("request-changes"),
+    QStringLiteral("close"),    QStringLiteral("reopen"),
+    QStringLiteral("rerun"),    QStringLiteral("merge"),
+    QStringLiteral("check"),    QStringLiteral("logs"),
 };
 
 } // namespace
@@ -139,6 +145,44 @@ private slots:
             << QStringList{"settings", "monitoredRepos", "ann/tool,website"}
             << "kestrine-cli: monitoredRepos takes full names such as owner/name\n"
                "Run 'kestrine-cli settings --help' for usage.\n";
+        QTest::newRow("missing arguments") << QStringList{"show", "ann/tool"}
+                                           << "kestrine-cli: missing NUMBER\n"
+                                              "Run 'kestrine-cli show --help' for usage.\n";
+        QTest::newRow("repository without owner")
+            << QStringList{"show", "tool", "7"}
+            << "kestrine-cli: OWNER/REPO is a full name such as owner/name\n"
+               "Run 'kestrine-cli show --help' for usage.\n";
+        QTest::newRow("number that is not one")
+            << QStringList{"close", "ann/tool", "seven"}
+            << "kestrine-cli: NUMBER is a positive whole number\n"
+               "Run 'kestrine-cli close --help' for usage.\n";
+        QTest::newRow("negative number") << QStringList{"diff", "ann/tool", "-7", "go.mod"}
+                                         << "kestrine-cli: unknown option -7\n"
+                                            "Run 'kestrine-cli diff --help' for usage.\n";
+        QTest::newRow("zero") << QStringList{"reopen", "ann/tool", "0"}
+                              << "kestrine-cli: NUMBER is a positive whole number\n"
+                                 "Run 'kestrine-cli reopen --help' for usage.\n";
+        QTest::newRow("run id") << QStringList{"rerun", "ann/tool", "7", "last"}
+                                << "kestrine-cli: RUN_ID is a positive whole number\n"
+                                   "Run 'kestrine-cli rerun --help' for usage.\n";
+        QTest::newRow("job id") << QStringList{"job-log", "ann/tool", "1.5"}
+                                << "kestrine-cli: JOB_ID is a positive whole number\n"
+                                   "Run 'kestrine-cli job-log --help' for usage.\n";
+        QTest::newRow("blank comment") << QStringList{"comment", "ann/tool", "7", " \n\t"}
+                                       << "kestrine-cli: the text is empty\n"
+                                          "Run 'kestrine-cli comment --help' for usage.\n";
+        QTest::newRow("comment from empty input")
+            << QStringList{"comment", "ann/tool", "7", "-"}
+            << "kestrine-cli: the text is empty\n"
+               "Run 'kestrine-cli comment --help' for usage.\n";
+        QTest::newRow("request changes without text")
+            << QStringList{"request-changes", "ann/tool", "7"}
+            << "kestrine-cli: missing TEXT\n"
+               "Run 'kestrine-cli request-changes --help' for usage.\n";
+        QTest::newRow("merge method")
+            << QStringList{"merge", "ann/tool", "7", "--method", "octopus"}
+            << "kestrine-cli: --method is one of merge, rebase, squash\n"
+               "Run 'kestrine-cli merge --help' for usage.\n";
         QTest::newRow("json while setting")
             << QStringList{"settings", "deleteBranchAfterMerge", "true", "--json"}
             << "kestrine-cli: --json is for printing the settings\n"
@@ -156,8 +200,10 @@ private slots:
         QCOMPARE(result.errText(), error);
         QCOMPARE(result.exitCode, 2);
         QVERIFY(result.out.isEmpty());
-        // Refused before anything was changed: no setting and no log line was written.
-        QVERIFY(!QFile::exists(cli.defaultsFilePath()));
+        // Refused before anything was read or written: not even the settings were loaded, which
+        // would create the caches directory.
+        QVERIFY(QDir(cli.configHome()).isEmpty());
+        QVERIFY(QDir(cli.cacheHome()).isEmpty());
     }
 
     void errorsNeverRepeatAValue()

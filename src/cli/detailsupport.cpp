@@ -1,0 +1,79 @@
+#include "detailsupport.h"
+
+#include "console.h"
+#include "prdetailviewmodel.h"
+#include "session.h"
+#include "settingsstore.h"
+
+namespace kestrine::cli {
+
+QString PullRequestTarget::displayName() const
+{
+    return repo.fullName + u'#' + QString::number(number);
+}
+
+Repository repositoryArgument(const QString &text)
+{
+    const QStringList parts = text.split(u'/');
+    if (parts.size() != 2 || parts[0].isEmpty() || parts[1].isEmpty())
+        throw UsageError(QStringLiteral("OWNER/REPO is a full name such as owner/name"));
+    Repository repo;
+    repo.owner.login = parts[0];
+    repo.name = parts[1];
+    repo.fullName = text;
+    return repo;
+}
+
+qint64 idArgument(const QString &text, const QString &what)
+{
+    bool isNumber = false;
+    const qint64 id = text.toLongLong(&isNumber);
+    if (!isNumber || id <= 0 || text.startsWith(u'+'))
+        throw UsageError(QStringLiteral("%1 is a positive whole number").arg(what));
+    return id;
+}
+
+PullRequestTarget targetArgument(const Arguments &arguments)
+{
+    return {repositoryArgument(arguments.positional(0).value_or(QString())),
+            idArgument(arguments.positional(1).value_or(QString()), QStringLiteral("NUMBER"))};
+}
+
+QString textArgument(const QString &argument)
+{
+    const QString text = (argument == u"-" ? console::readAll() : argument).trimmed();
+    if (text.isEmpty())
+        throw UsageError(QStringLiteral("the text is empty"));
+    return text;
+}
+
+bool ensureConfigured(Session &session)
+{
+    const SettingsStore &settings = session.settings();
+    if (settings.isConfigured() && settings.client())
+        return true;
+    console::printError(QStringLiteral("Configure your Gitea instance in Settings."));
+    return false;
+}
+
+QCoro::Task<bool> loadPullRequest(PRDetailViewModel &model)
+{
+    co_await model.load();
+    if (model.hasPr())
+        co_return true;
+    // Without a pull request the screen shows "Couldn't load PR" over the model's error.
+    console::printError(model.errorMessage().value_or(QStringLiteral("Couldn't load PR")));
+    co_return false;
+}
+
+ProgressEcho::ProgressEcho(PRDetailViewModel &model)
+{
+    if (!console::errorIsTerminal())
+        return;
+    connect(&model, &PRDetailViewModel::busyMessageChanged, this, [&model] {
+        if (model.busyMessage())
+            console::printError(*model.busyMessage());
+    });
+}
+
+} // namespace kestrine::cli

@@ -1,0 +1,62 @@
+#pragma once
+
+// What the commands about one pull request share: reading OWNER/REPO, NUMBER and TEXT arguments,
+// the configuration check, and loading the detail model as the detail screen does when it opens.
+
+#include "arguments.h"
+#include "records.h"
+
+#include <QCoroTask>
+#include <QObject>
+#include <QString>
+
+namespace kestrine {
+class PRDetailViewModel;
+}
+
+namespace kestrine::cli {
+
+class Session;
+
+/// One pull request named on the command line.
+struct PullRequestTarget
+{
+    /// Built from "owner/name" alone: the app takes the repository from its inbox row, but the
+    /// detail models use only the owner's login and the name, which is all a request path needs.
+    Repository repo;
+    qint64 number = 0;
+
+    /// "owner/name#42".
+    QString displayName() const;
+};
+
+/// "owner/name"; throws UsageError otherwise.
+Repository repositoryArgument(const QString &text);
+/// A positive whole number, named `what` (e.g. "NUMBER") in the error; throws UsageError.
+qint64 idArgument(const QString &text, const QString &what);
+/// The first two positional arguments, OWNER/REPO and NUMBER.
+PullRequestTarget targetArgument(const Arguments &arguments);
+/// A text argument as the comment sheet submits it: trimmed at both ends; "-" reads it from
+/// standard input. Throws UsageError when nothing is left.
+QString textArgument(const QString &argument);
+
+/// The app opens a pull request only from a configured inbox; here the same check comes first,
+/// with the inbox's words. Prints them and answers false when no instance or token is set.
+bool ensureConfigured(Session &session);
+
+/// The detail screen's load on appearance. Prints the model's error and answers false when the
+/// pull request itself could not be loaded.
+QCoro::Task<bool> loadPullRequest(PRDetailViewModel &model);
+
+/// Shows a model's progress texts ("Merging…") on standard error while that is a terminal, as
+/// the app shows them over the detail screen; scripts see nothing of it. Lives no longer than the
+/// model.
+class ProgressEcho : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit ProgressEcho(PRDetailViewModel &model);
+};
+
+} // namespace kestrine::cli

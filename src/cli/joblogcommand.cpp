@@ -1,0 +1,48 @@
+// job-log: the job log model's text, as the job log screen shows and shares it.
+
+#include "command.h"
+#include "console.h"
+#include "detailsupport.h"
+#include "exitcode.h"
+#include "joblogmodel.h"
+#include "session.h"
+
+namespace kestrine::cli {
+namespace {
+
+QCoro::Task<int> runJobLog(Arguments arguments, Session &session)
+{
+    const Repository repo = repositoryArgument(arguments.positional(0).value_or(QString()));
+    const qint64 jobID =
+        idArgument(arguments.positional(1).value_or(QString()), QStringLiteral("JOB_ID"));
+    if (!ensureConfigured(session))
+        co_return ExitCode::Failure;
+
+    // The run a job belongs to plays no part in fetching its log.
+    JobLogModel model(repo, 0, jobID, QString());
+    co_await model.load();
+    if (model.errorMessage()) {
+        console::printError(*model.errorMessage());
+        co_return ExitCode::Failure;
+    }
+    console::write(model.text());
+    co_return ExitCode::Success;
+}
+
+} // namespace
+
+Command jobLogCommand()
+{
+    return {
+        QStringLiteral("job-log"),
+        QStringLiteral("Print the raw log of one Actions job"),
+        {{QStringLiteral("OWNER/REPO"), QStringLiteral("JOB_ID")}, {}, {}},
+        QStringLiteral("Prints the log exactly as the server sends it: escape sequences, "
+                       "timestamps and all,\n"
+                       "with nothing added, not even a final line break. show lists the jobs "
+                       "and their ids."),
+        runJobLog,
+    };
+}
+
+} // namespace kestrine::cli

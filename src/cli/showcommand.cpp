@@ -1,0 +1,214 @@
+// show: one load of the detail model, printed tab by tab as the detail screen shows it.
+
+#include "command.h"
+#include "console.h"
+#include "dates.h"
+#include "detailsupport.h"
+#include "exitcode.h"
+#include "jsonoutput.h"
+#include "prdetailviewmodel.h"
+#include "session.h"
+
+#include <QJsonArray>
+#include <QJsonObject>
+
+namespace kestrine::cli {
+namespace {
+
+const QString jsonOption = QStringLiteral("--json");
+const QString indent = QStringLiteral("  ");
+
+/// The review badge's text; nothing for an unknown state, which the header leaves out.
+QString reviewBadge(ReviewState::Value state)
+{
+    switch (state) {
+    case ReviewState::Approved:
+        return QStringLiteral("Approved");
+    case ReviewState::ChangesRequested:
+        return QStringLiteral("Changes");
+    case ReviewState::NeedsReview:
+        return QStringLiteral("Needs review");
+    case ReviewState::Unknown:
+        break;
+    }
+    return {};
+}
+
+/// Every line of `text`, indented.
+QString indented(const QString &text, const QString &by)
+{
+    QStringList lines = text.split(u'\n');
+    for (QString &line : lines)
+        line.prepend(by);
+    return lines.join(u'\n');
+}
+
+QString header(const PRDetailViewModel &model, const PullRequestTarget &target)
+{
+    const PullRequest &pr = *model.pr();
+    QStringList facts{target.displayName(),
+                      pr.merged.value_or(false) ? QStringLiteral("merged") : pr.state,
+                      QStringLiteral("CI ") + CIStatus::name(model.ciStatus())};
+    if (const QString badge = reviewBadge(model.reviewState()); !badge.isEmpty())
+        facts.append(badge);
+    if (pr.draft.value_or(false))
+        facts.append(QStringLiteral("Draft"));
+    return pr.title + u'\n' + facts.join(QStringLiteral(" · "));
+}
+
+QString description(const PullRequest &pr)
+{
+    return pr.body && !pr.body->isEmpty() ? *pr.body : QStringLiteral("No description.");
+}
+
+QString reviewLine(const PullReview &review)
+{
+    const QString author = review.user ? review.user->login : QStringLiteral("unknown");
+    switch (ReviewState::from({review})) {
+    case ReviewState::Approved:
+        return QStringLiteral("✅ %1 approved").arg(author);
+    case ReviewState::ChangesRequested:
+        return QStringLiteral("🔴 %1 requested changes").arg(author);
+    default:
+        return QStringLiteral("💬 %1 reviewed").arg(author);
+    }
+}
+
+QString conversation(const PRDetailViewModel &model)
+{
+    QStringList lines;
+    if (!model.reviews().isEmpty()) {
+        lines.append(QStringLiteral("Reviews"));
+        for (const PullReview &review : model.reviews()) {
+            lines.append(indent + reviewLine(review));
+            if (review.body && !review.body->isEmpty())
+                lines.append(indented(*review.body, indent + indent));
+        }
+    }
+    lines.append(QStringLiteral("Comments"));
+    if (model.comments().isEmpty())
+        lines.append(indent + QStringLiteral("No comments yet."));
+    for (const IssueComment &comment : model.comments()) {
+        QString line = indent + (comment.user ? comment.user->login : QStringLiteral("unknown"));
+        if (comment.createdAt)
+            line += u' ' + InternetDate::format(*comment.createdAt);
+        lines.append(line);
+        if (comment.body)
+            lines.append(indented(*comment.body, indent + indent));
+    }
+    return lines.join(u'\n');
+}
+
+QString statusMark(const ChangedFile &file)
+{
+    const QString status = file.status.value_or(QString());
+    if (status == u"added")
+        return QStringLiteral("＋");
+    if (status == u"removed")
+        return QStringLiteral("－");
+    if (status == u"renamed")
+        return QStringLiteral("→");
+    return QStringLiteral("✎");
+}
+
+QString files(const PRDetailViewModel &model)
+{
+    QStringList lines{QStringLiteral("Files")};
+    if (model.files().isEmpty())
+        lines.append(indent + QStringLiteral("No changed files."));
+    for (const ChangedFile &file : model.files()) {
+        lines.append(QStringLiteral("%1%2 %3  +%4 −%5")
+                         .arg(indent, statusMark(file), file.filename)
+                         .arg(file.additions)
+                         .arg(file.deletions));
+    }
+    return lines.join(u'\n');
+}
+
+QString checks(const PRDetailViewModel &model)
+{
+    QStringList lines{QStringLiteral("Checks")};
+    if (model.runs().isEmpty())
+        lines.append(indent + QStringLiteral("No workflow runs for this head commit."));
+    for (const ActionRun &run : model.runs()) {
+        lines.append(QStringLiteral("%1%2  %3  (run %4)")
+                         .arg(indent, CIStatus::name(CIStatus::forRun(run)),
+                              run.name.value_or(QStringLiteral("workflow")))
+                         .arg(run.id));
+        for (const ActionJob &job : model.jobs().value(run.id)) {
+            lines.append(QStringLiteral("%1%2  %3  (job %4)")
+                             .arg(indent + indent, CIStatus::name(CIStatus::forJob(job)), job.name)
+                             .arg(job.id));
+        }
+    }
+    return lines.join(u'\n');
+}
+
+QJsonObject report(const PRDetailViewModel &model)
+{
+    QJsonObject jobs;
+    for (auto it = model.jobs().cbegin(); it != model.jobs().cend(); ++it)
+        jobs.insert(QString::number(it.key()),
+                    encodeJson(it.value(), DateEncoding::InternetDateTime));
+    const auto json = [](const auto &records) {
+        return encodeJson(records, DateEncoding::InternetDateTime);
+    };
+    return {
+        {QStringLiteral("pr"), json(*model.pr())},
+        {QStringLiteral("ciStatus"), CIStatus::name(model.ciStatus())},
+        {QStringLiteral("reviews"), json(model.reviews())},
+        {QStringLiteral("comments"), json(model.comments())},
+        {QStringLiteral("files"), json(model.files())},
+        {QStringLiteral("commits"), json(model.commits())},
+        {QStringLiteral("runs"), json(model.runs())},
+        {QStringLiteral("jobs"), jobs},
+    };
+}
+
+QCoro::Task<int> runShow(Arguments arguments, Session &session)
+{
+    const PullRequestTarget target = targetArgument(arguments);
+    if (!ensureConfigured(session))
+        co_return ExitCode::Failure;
+    PRDetailViewModel model(target.repo, target.number);
+    if (!co_await loadPullRequest(model))
+        co_return ExitCode::Failure;
+
+    if (arguments.isSet(jsonOption)) {
+        printJson(report(model));
+        co_return ExitCode::Success;
+    }
+    console::printLine(QStringList{header(model, target), description(*model.pr()),
+                                   conversation(model), files(model), checks(model)}
+                           .join(QStringLiteral("\n\n")));
+    co_return ExitCode::Success;
+}
+
+} // namespace
+
+Command showCommand()
+{
+    return {
+        QStringLiteral("show"),
+        QStringLiteral("Print a pull request with its conversation, files and checks"),
+        {{QStringLiteral("OWNER/REPO"), QStringLiteral("NUMBER")},
+         {},
+         {{jsonOption,
+           {},
+           QStringLiteral("print {pr, ciStatus, reviews, comments, files, commits, runs, jobs} "
+                          "as JSON")}}},
+        QStringLiteral("Loads the pull request as its detail screen does and prints, one block "
+                       "each:\n"
+                       "  the title, and OWNER/REPO#NUMBER · state · CI summary · review "
+                       "summary;\n"
+                       "  the description;\n"
+                       "  the reviews and the comments;\n"
+                       "  the changed files with their added and removed line counts;\n"
+                       "  the workflow runs of the head commit and their jobs, with the ids that "
+                       "rerun and\n"
+                       "  job-log take."),
+        runShow,
+    };
+}
+
+} // namespace kestrine::cli

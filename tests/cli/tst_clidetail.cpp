@@ -1,0 +1,646 @@
+// The commands about one pull request (show, diff, job-log, the actions and merge) through
+// kestrine-cli against the simulated Gitea of the seed: output, exit code, the log lines stored,
+// and the requests the server saw.
+
+#include "clirun.h"
+#include "fixtures.h"
+#include "keychainhelper.h"
+#include "seededgitea.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QProcess>
+#include <QStandardPaths>
+#include <QtTest>
+
+using namespace kestrine;
+using namespace kestrine::testing;
+
+namespace {
+
+const QString tool = QStringLiteral("ann/tool");
+
+/// The requests of opening PR `number` of ann/tool: the pull request, its four lists, then the
+/// runs of its head commit and the jobs of each run. (The four lists go out together, so their
+/// order among themselves is not fixed; this is the order they are started in.)
+QStringList detailLoad(int number, const QString &headSha, const QList<int> &runIDs)
+{
+    const QString pull = QStringLiteral("/api/v1/repos/ann/tool/pulls/%1").arg(number);
+    QStringList requests{
+        QStringLiteral("GET ") + pull,
+        QStringLiteral("GET /api/v1/repos/ann/tool/issues/%1/comments").arg(number),
+        QStringLiteral("GET ") + pull + QStringLiteral("/reviews"),
+        QStringLiteral("GET ") + pull + QStringLiteral("/files"),
+        QStringLiteral("GET ") + pull + QStringLiteral("/commits"),
+        QStringLiteral("GET /api/v1/repos/ann/tool/actions/runs?head_sha=%1&limit=20").arg(headSha),
+    };
+    for (int run : runIDs)
+        requests.append(QStringLiteral("GET /api/v1/repos/ann/tool/actions/runs/%1/jobs").arg(run));
+    return requests;
+}
+
+/// `requests` with the four lists of a load in a fixed order, for comparison with detailLoad().
+QStringList normalized(QStringList requests)
+{
+    for (qsizetype i = 0; i + 4 < requests.size(); ++i) {
+        if (requests[i].startsWith(u"GET ") && requests[i].count(u'/') == 6 &&
+            requests[i].contains(u"/pulls/")) {
+            QStringList lists = requests.mid(i + 1, 4);
+            QStringList ordered;
+            for (const char *suffix : {"/comments", "/reviews", "/files", "/commits"}) {
+                for (const QString &request : lists) {
+                    if (request.endsWith(QLatin1StringView(suffix)))
+                        ordered.append(request);
+                }
+            }
+            if (ordered.size() == 4) {
+                for (int k = 0; k < 4; ++k)
+                    requests[i + 1 + k] = ordered[k];
+            }
+        }
+    }
+    return requests;
+}
+
+const QString sha7 = QStringLiteral("9a8b7c6d5e4f30211223344556677889900aabbc");
+const QString sha9 = QStringLiteral("7c0ffee5a1b2c3d4e5f60718293a4b5c6d7e8f90");
+
+/// The seed's ann/tool repository.
+QJsonObject seededTool()
+{
+    const QJsonDocument seed =
+        QJsonDocument::fromJson(fixtures::read(QStringLiteral("gitea/seed.json")));
+    for (const QJsonValue &repo : seed[QStringLiteral("repositories")].toArray()) {
+        if (repo[QStringLiteral("owner")] == QStringLiteral("ann") &&
+            repo[QStringLiteral("name")] == QStringLiteral("tool"))
+            return repo.toObject();
+    }
+    return {};
+}
+
+/// The diff of ann/tool's pull request `number` in the seed.
+QByteArray seededDiff(int number)
+{
+    for (const QJsonValue &pr : seededTool()[QStringLiteral("pulls")].toArray()) {
+        if (pr[QStringLiteral("number")].toInt() == number)
+            return pr[QStringLiteral("diff")].toString().toUtf8();
+    }
+    return {};
+}
+
+/// The log text of ann/tool's job `id` in the seed.
+QByteArray seededJobLog(qint64 id)
+{
+    for (const QJsonValue &runs : seededTool()[QStringLiteral("runs")].toObject()) {
+        for (const QJsonValue &run : runs.toArray()) {
+            for (const QJsonValue &job : run[QStringLiteral("jobs")].toArray()) {
+                if (job[QStringLiteral("id")].toInteger() == id)
+                    return job[QStringLiteral("log")].toString().toUtf8();
+            }
+        }
+    }
+    return {};
+}
+
+} // namespace
+
+class TestCliDetail : public QObject
+{
+    Q_OBJECT
+
+private:
+    std::unique_ptr<SeededGitea> gitea;
+    std::unique_ptr<CliRunner> cli;
+
+    void login(const QString &token)
+    {
+        const CliResult result =
+            cli->run({QStringLiteral("login"), QStringLiteral("--url"), gitea->url()},
+                     token.toUtf8() + '\n');
+        QCOMPARE(result.exitCode, 0);
+    }
+
+    void setting(const QString &key, const QString &value)
+    {
+        QCOMPARE(cli->run({QStringLiteral("settings"), key, value}).exitCode, 0);
+    }
+
+    QStringList requests() const { return normalized(gitea->requestLines()); }
+
+private slots:
+    void init()
+    {
+        KeychainHelper::remove(QStringLiteral("instanceURL"));
+        KeychainHelper::remove(QStringLiteral("token"));
+        gitea = std::make_unique<SeededGitea>();
+        QVERIFY(gitea->start());
+        cli = std::make_unique<CliRunner>();
+        login(SeededGitea::annToken);
+    }
+
+    void cleanup()
+    {
+        cli.reset();
+        gitea.reset();
+    }
+
+    void showPrintsThePullRequestTabByTab()
+    {
+        const CliResult result = cli->run({QStringLiteral("show"), tool, QStringLiteral("7")});
+
+        QCOMPARE(result.errText(), QString());
+        QCOMPARE(result.exitCode, 0);
+        QCOMPARE(result.outText(),
+                 QStringLiteral("Add retry to the release uploader\n"
+                                "ann/tool#7 · open · CI success · Changes\n"
+                                "\n"
+                                "## Why\n"
+                                "\n"
+                                "Uploads fail on flaky networks.\n"
+                                "\n"
+                                "- retry 3 times\n"
+                                "- back off\n"
+                                "\n"
+                                "```go\n"
+                                "for i := 0; i < 3; i++ {}\n"
+                                "```\n"
+                                "\n"
+                                "Reviews\n"
+                                "  🔴 ann requested changes\n"
+                                "    Please back off between attempts.\n"
+                                "  ✅ cy approved\n"
+                                "  💬 ann reviewed\n"
+                                "    Looks good now, one question about the pause.\n"
+                                "Comments\n"
+                                "  ann 2024-04-30T08:45:00Z\n"
+                                "    Could this also cover the checksum upload?\n"
+                                "  bo 2024-04-30T09:10:00Z\n"
+                                "    Yes, it goes through `Upload` too.\n"
+                                "\n"
+                                "Files\n"
+                                "  → docs/UPLOAD.md  +1 −1\n"
+                                "  ✎ uploader/legacy.go  +0 −6\n"
+                                "  ＋ uploader/retry.go  +21 −0\n"
+                                "  ✎ uploader/upload.go  +8 −6\n"
+                                "\n"
+                                "Checks\n"
+                                "  success  workflow  (run 42)\n"
+                                "    success  lint  (job 103)\n"
+                                "  success  workflow  (run 41)\n"
+                                "    success  build  (job 101)\n"
+                                "    success  test  (job 102)\n"));
+        QCOMPARE(requests(), detailLoad(7, sha7, {42, 41}));
+        // One log line per request, as the app writes them.
+        const QStringList log = cli->storedLogLines();
+        QCOMPARE(log.size(), 8);
+        QCOMPARE(log.first(), QStringLiteral("INFO GET repos/ann/tool/pulls/7 → 200"));
+        QVERIFY(log.contains(QStringLiteral("INFO GET repos/ann/tool/issues/7/comments → 200")));
+        QCOMPARE(log.mid(5),
+                 (QStringList{
+                     QStringLiteral("INFO GET repos/ann/tool/actions/runs → 200"),
+                     QStringLiteral("INFO GET repos/ann/tool/actions/runs/42/jobs → 200"),
+                     QStringLiteral("INFO GET repos/ann/tool/actions/runs/41/jobs → 200"),
+                 }));
+    }
+
+    void showOfAPullRequestWithoutReviewsOrDescription()
+    {
+        const CliResult result =
+            cli->run({QStringLiteral("show"), QStringLiteral("cy/infra"), QStringLiteral("2")});
+
+        QCOMPARE(result.exitCode, 0);
+        const QStringList blocks = result.outText().split(QStringLiteral("\n\n"));
+        QCOMPARE(blocks.size(), 5);
+        QVERIFY(
+            blocks[0].startsWith(QStringLiteral("Pin the runner image\ncy/infra#2 · open · CI ")));
+        QVERIFY(blocks[2].startsWith(QStringLiteral("Comments\n")) ||
+                blocks[2].startsWith(QStringLiteral("Reviews\n")));
+        QCOMPARE(blocks[4], QStringLiteral("Checks\n  No workflow runs for this head commit.\n"));
+    }
+
+    void showAsJsonHoldsTheRecords()
+    {
+        const CliResult result =
+            cli->run({QStringLiteral("show"), tool, QStringLiteral("7"), QStringLiteral("--json")});
+
+        QCOMPARE(result.exitCode, 0);
+        QJsonParseError error;
+        const QJsonObject report = QJsonDocument::fromJson(result.out, &error).object();
+        QCOMPARE(error.error, QJsonParseError::NoError);
+        QCOMPARE(report[QStringLiteral("pr")][QStringLiteral("number")].toInteger(), 7);
+        QCOMPARE(
+            report[QStringLiteral("pr")][QStringLiteral("head")][QStringLiteral("sha")].toString(),
+            sha7);
+        QCOMPARE(report[QStringLiteral("ciStatus")].toString(), QStringLiteral("success"));
+        QCOMPARE(report[QStringLiteral("reviews")].toArray().size(), 3);
+        QCOMPARE(report[QStringLiteral("comments")].toArray().size(), 2);
+        QCOMPARE(report[QStringLiteral("files")].toArray().size(), 4);
+        QVERIFY(!report[QStringLiteral("commits")].toArray().isEmpty());
+        QCOMPARE(report[QStringLiteral("runs")].toArray().size(), 2);
+        QCOMPARE(report[QStringLiteral("jobs")].toObject().keys(),
+                 (QStringList{QStringLiteral("41"), QStringLiteral("42")}));
+        QCOMPARE(report[QStringLiteral("jobs")][QStringLiteral("41")][1][QStringLiteral("name")]
+                     .toString(),
+                 QStringLiteral("test"));
+        QCOMPARE(report[QStringLiteral("comments")][0][QStringLiteral("created_at")].toString(),
+                 QStringLiteral("2024-04-30T08:45:00Z"));
+    }
+
+    void showOfAMissingPullRequestFails()
+    {
+        const CliResult result = cli->run({QStringLiteral("show"), tool, QStringLiteral("99")});
+
+        QCOMPARE(result.errText(), QStringLiteral("Not found.\n"));
+        QCOMPARE(result.exitCode, 1);
+        QVERIFY(result.out.isEmpty());
+        QCOMPARE(requests(), QStringList{QStringLiteral("GET /api/v1/repos/ann/tool/pulls/99")});
+        QCOMPARE(cli->storedLogLines(),
+                 (QStringList{QStringLiteral("ERROR GET repos/ann/tool/pulls/99 → 404 not found"),
+                              QStringLiteral("ERROR PR 99: load failed: Not found.")}));
+    }
+
+    void everyCommandWithoutConfigurationFails_data()
+    {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::newRow("show") << QStringList{"show", "ann/tool", "7"};
+        QTest::newRow("diff") << QStringList{"diff", "ann/tool", "7", "go.mod"};
+        QTest::newRow("job-log") << QStringList{"job-log", "ann/tool", "101"};
+        QTest::newRow("comment") << QStringList{"comment", "ann/tool", "7", "hi"};
+        QTest::newRow("approve") << QStringList{"approve", "ann/tool", "7"};
+        QTest::newRow("request-changes") << QStringList{"request-changes", "ann/tool", "7", "no"};
+        QTest::newRow("close") << QStringList{"close", "ann/tool", "7"};
+        QTest::newRow("reopen") << QStringList{"reopen", "ann/tool", "7"};
+        QTest::newRow("rerun") << QStringList{"rerun", "ann/tool", "7", "41"};
+        QTest::newRow("merge") << QStringList{"merge", "ann/tool", "7", "--yes"};
+    }
+
+    void everyCommandWithoutConfigurationFails()
+    {
+        QFETCH(QStringList, arguments);
+        QCOMPARE(cli->run({QStringLiteral("logout")}).exitCode, 0);
+
+        const CliResult result = cli->run(arguments);
+
+        QCOMPARE(result.errText(), QStringLiteral("Configure your Gitea instance in Settings.\n"));
+        QCOMPARE(result.exitCode, 1);
+        QVERIFY(result.out.isEmpty());
+        QVERIFY(gitea->server().requests().isEmpty());
+        QVERIFY(cli->storedLog().isEmpty());
+    }
+
+    void aRefusedTokenFailsTheLoad()
+    {
+        login(QStringLiteral("0000000000000000000000000000000000000000"));
+
+        const CliResult result = cli->run({QStringLiteral("close"), tool, QStringLiteral("7")});
+
+        QCOMPARE(result.errText(), QStringLiteral("Authentication failed. Check your token.\n"));
+        QCOMPARE(result.exitCode, 1);
+        QCOMPARE(requests(), QStringList{QStringLiteral("GET /api/v1/repos/ann/tool/pulls/7")});
+    }
+
+    void diffPrintsTheFilesLines()
+    {
+        const CliResult result =
+            cli->run({QStringLiteral("diff"), tool, QStringLiteral("9"), QStringLiteral("go.mod")});
+
+        QCOMPARE(result.errText(), QString());
+        QCOMPARE(result.exitCode, 0);
+        // The section starts right after the "+++ b/go.mod" marker, so its first line is the
+        // (empty) rest of that line; the diff's final line break gives an empty last line.
+        QCOMPARE(result.outText(), QStringLiteral("\n"
+                                                  "@@ -1,3 +1,3 @@\n"
+                                                  " module git.example.org/ann/tool\n"
+                                                  " \n"
+                                                  "-go 1.21\n"
+                                                  "+go 1.22\n"
+                                                  "\n"));
+        QCOMPARE(requests(),
+                 QStringList{QStringLiteral("GET /api/v1/repos/ann/tool/pulls/9.diff")});
+        QCOMPARE(cli->storedLogLines(),
+                 QStringList{QStringLiteral("INFO GET repos/ann/tool/pulls/9.diff → 200")});
+    }
+
+    void diffOfAFileWithoutItsOwnSectionPrintsTheWholeDiff()
+    {
+        // A deleted file's header names /dev/null, so there is no "+++ b/" line for it.
+        const CliResult result = cli->run({QStringLiteral("diff"), tool, QStringLiteral("7"),
+                                           QStringLiteral("uploader/legacy.go")});
+
+        QCOMPARE(result.exitCode, 0);
+        const QByteArray whole = seededDiff(7);
+        QVERIFY(whole.contains("+++ /dev/null"));
+        QCOMPARE(result.out, whole + '\n');
+    }
+
+    void diffOfAMissingPullRequestFails()
+    {
+        const CliResult result = cli->run(
+            {QStringLiteral("diff"), tool, QStringLiteral("99"), QStringLiteral("go.mod")});
+
+        QCOMPARE(result.errText(), QStringLiteral("Not found.\n"));
+        QCOMPARE(result.exitCode, 1);
+        QVERIFY(result.out.isEmpty());
+    }
+
+    void jobLogIsPrintedByteForByte()
+    {
+        const CliResult result = cli->run({QStringLiteral("job-log"), tool, QStringLiteral("101")});
+
+        QCOMPARE(result.errText(), QString());
+        QCOMPARE(result.exitCode, 0);
+        QVERIFY(!seededJobLog(101).isEmpty());
+        QCOMPARE(result.out, seededJobLog(101));
+        QCOMPARE(requests(),
+                 QStringList{QStringLiteral("GET /api/v1/repos/ann/tool/actions/jobs/101/logs")});
+    }
+
+    void jobLogKeepsEscapesLineEndsAndTheMissingLastLineBreak()
+    {
+        const QByteArray log = "\x1b[1;32m✓\x1b[0m build\r\n"
+                               "2024-05-01T10:21:02.1234567Z ümlaut\ttab\r"
+                               "progress 50%\r"
+                               "progress 100%";
+        gitea->server().route("GET", QStringLiteral("/api/v1/repos/ann/tool/actions/jobs/777/logs"),
+                              FakeResponse::text(log));
+
+        const CliResult result = cli->run({QStringLiteral("job-log"), tool, QStringLiteral("777")});
+
+        QCOMPARE(result.exitCode, 0);
+        QCOMPARE(result.out, log);
+    }
+
+    void jobLogOfAJobWithoutALogFails()
+    {
+        const CliResult result = cli->run({QStringLiteral("job-log"), tool, QStringLiteral("105")});
+
+        QCOMPARE(result.errText(), QStringLiteral("Not found.\n"));
+        QCOMPARE(result.exitCode, 1);
+        QVERIFY(result.out.isEmpty());
+        QCOMPARE(cli->storedLogLines(),
+                 QStringList{QStringLiteral(
+                     "ERROR GET repos/ann/tool/actions/jobs/105/logs → 404 not found")});
+    }
+
+    void actionsActAfterTheLoad_data()
+    {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<QByteArray>("input");
+        QTest::addColumn<QString>("printed");
+        QTest::addColumn<QString>("request");
+        QTest::addColumn<QByteArray>("body");
+        QTest::addColumn<QString>("logLine");
+        QTest::newRow("comment") << QStringList{"comment", "ann/tool", "7", "  Looks good.\n"}
+                                 << QByteArray() << "Commented on ann/tool#7.\n"
+                                 << "POST /api/v1/repos/ann/tool/issues/7/comments"
+                                 << QByteArray(R"({"body":"Looks good."})")
+                                 << "INFO POST repos/ann/tool/issues/7/comments → 201";
+        QTest::newRow("comment from standard input")
+            << QStringList{"comment", "ann/tool", "7", "-"}
+            << QByteArray("\nFirst line\nsecond line\n\n") << "Commented on ann/tool#7.\n"
+            << "POST /api/v1/repos/ann/tool/issues/7/comments"
+            << QByteArray(R"({"body":"First line\nsecond line"})")
+            << "INFO POST repos/ann/tool/issues/7/comments → 201";
+        QTest::newRow("approve") << QStringList{"approve", "ann/tool", "7"} << QByteArray()
+                                 << "Approved ann/tool#7.\n"
+                                 << "POST /api/v1/repos/ann/tool/pulls/7/reviews"
+                                 << QByteArray(R"({"event":"APPROVED"})")
+                                 << "INFO POST repos/ann/tool/pulls/7/reviews → 200";
+        QTest::newRow("approve with a text")
+            << QStringList{"approve", "ann/tool", "7", "Ship it"} << QByteArray()
+            << "Approved ann/tool#7.\n"
+            << "POST /api/v1/repos/ann/tool/pulls/7/reviews"
+            << QByteArray(R"({"body":"Ship it","event":"APPROVED"})")
+            << "INFO POST repos/ann/tool/pulls/7/reviews → 200";
+        QTest::newRow("request changes")
+            << QStringList{"request-changes", "ann/tool", "7", "--", "-1, needs a test"}
+            << QByteArray() << "Requested changes on ann/tool#7.\n"
+            << "POST /api/v1/repos/ann/tool/pulls/7/reviews"
+            << QByteArray(R"({"body":"-1, needs a test","event":"REQUEST_CHANGES"})")
+            << "INFO POST repos/ann/tool/pulls/7/reviews → 200";
+        QTest::newRow("close") << QStringList{"close", "ann/tool", "7"} << QByteArray()
+                               << "Closed ann/tool#7.\n"
+                               << "PATCH /api/v1/repos/ann/tool/pulls/7"
+                               << QByteArray(R"({"state":"closed"})")
+                               << "INFO PATCH repos/ann/tool/pulls/7 → 201";
+        QTest::newRow("rerun") << QStringList{"rerun", "ann/tool", "7", "41"} << QByteArray()
+                               << "Re-running run 41 of ann/tool#7.\n"
+                               << "POST /api/v1/repos/ann/tool/actions/runs/41/rerun"
+                               << QByteArray()
+                               << "INFO POST repos/ann/tool/actions/runs/41/rerun → 201";
+    }
+
+    void actionsActAfterTheLoad()
+    {
+        QFETCH(QStringList, arguments);
+        QFETCH(QByteArray, input);
+        QFETCH(QString, printed);
+        QFETCH(QString, request);
+        QFETCH(QByteArray, body);
+        QFETCH(QString, logLine);
+
+        const CliResult result = cli->run(arguments, input);
+
+        QCOMPARE(result.errText(), QString());
+        QCOMPARE(result.exitCode, 0);
+        QCOMPARE(result.outText(), printed);
+        // The detail screen's load first, then the action's request.
+        const QStringList sent = requests();
+        const QStringList load = detailLoad(7, sha7, {42, 41});
+        QCOMPARE(sent.mid(0, load.size()), load);
+        QCOMPARE(sent.at(load.size()), request);
+        const RecordedRequest &action = gitea->server().requests().at(load.size());
+        QCOMPARE(action.body, body);
+        QCOMPARE(cli->storedLogLines().at(load.size()), logLine);
+    }
+
+    void closeThenReopenChangesTheState()
+    {
+        QCOMPARE(cli->run({QStringLiteral("close"), tool, QStringLiteral("7")}).exitCode, 0);
+        QCOMPARE((*gitea->simulation().pullRequest(QStringLiteral("ann"), QStringLiteral("tool"),
+                                                   7))[QStringLiteral("state")]
+                     .toString(),
+                 QStringLiteral("closed"));
+
+        const CliResult result = cli->run({QStringLiteral("reopen"), tool, QStringLiteral("7")});
+
+        QCOMPARE(result.exitCode, 0);
+        QCOMPARE(result.outText(), QStringLiteral("Reopened ann/tool#7.\n"));
+        QCOMPARE((*gitea->simulation().pullRequest(QStringLiteral("ann"), QStringLiteral("tool"),
+                                                   7))[QStringLiteral("state")]
+                     .toString(),
+                 QStringLiteral("open"));
+        // The pull request is fetched again after the change, as the model does.
+        QCOMPARE(requests().last(), QStringLiteral("GET /api/v1/repos/ann/tool/pulls/7"));
+    }
+
+    void aFailingActionReportsItsError()
+    {
+        const CliResult result =
+            cli->run({QStringLiteral("rerun"), tool, QStringLiteral("7"), QStringLiteral("999")});
+
+        QCOMPARE(result.errText(), QStringLiteral("Not found.\n"));
+        QCOMPARE(result.exitCode, 1);
+        QVERIFY(result.out.isEmpty());
+        QCOMPARE(requests().last(),
+                 QStringLiteral("POST /api/v1/repos/ann/tool/actions/runs/999/rerun"));
+        QCOMPARE(
+            cli->storedLogLines().last(),
+            QStringLiteral("ERROR POST repos/ann/tool/actions/runs/999/rerun → 404 not found"));
+    }
+
+    void mergeOfAGreenPullRequest()
+    {
+        const CliResult result = cli->run({QStringLiteral("merge"), tool, QStringLiteral("7"),
+                                           QStringLiteral("--method=squash")});
+
+        QCOMPARE(result.errText(), QString());
+        QCOMPARE(result.exitCode, 0);
+        QCOMPARE(result.outText(), QStringLiteral("Merged ann/tool#7.\n"));
+        const QStringList load = detailLoad(7, sha7, {42, 41});
+        QCOMPARE(requests().mid(load.size()),
+                 (QStringList{QStringLiteral("POST /api/v1/repos/ann/tool/pulls/7/merge"),
+                              QStringLiteral("GET /api/v1/repos/ann/tool/pulls/7")}));
+        QCOMPARE(gitea->server().requests().at(load.size()).body,
+                 QByteArray(R"({"Do":"squash","delete_branch_after_merge":false})"));
+        QCOMPARE((*gitea->simulation().pullRequest(QStringLiteral("ann"), QStringLiteral("tool"),
+                                                   7))[QStringLiteral("merged")]
+                     .toBool(),
+                 true);
+    }
+
+    void mergeDeletesTheBranchWhenSetTo()
+    {
+        setting(QStringLiteral("deleteBranchAfterMerge"), QStringLiteral("true"));
+
+        const CliResult result = cli->run({QStringLiteral("merge"), tool, QStringLiteral("7")});
+
+        QCOMPARE(result.exitCode, 0);
+        const QStringList load = detailLoad(7, sha7, {42, 41});
+        QCOMPARE(requests().mid(load.size()),
+                 (QStringList{QStringLiteral("POST /api/v1/repos/ann/tool/pulls/7/merge"),
+                              QStringLiteral("DELETE /api/v1/repos/ann/tool/branches/retry-upload"),
+                              QStringLiteral("GET /api/v1/repos/ann/tool/pulls/7")}));
+        QCOMPARE(gitea->server().requests().at(load.size()).body,
+                 QByteArray(R"({"Do":"merge","delete_branch_after_merge":true})"));
+    }
+
+    void mergeIsRefusedWhileCIIsRedInBlockMode()
+    {
+        setting(QStringLiteral("mergeGateMode"), QStringLiteral("block"));
+
+        const CliResult result =
+            cli->run({QStringLiteral("merge"), tool, QStringLiteral("9"), QStringLiteral("--yes")});
+
+        QCOMPARE(result.errText(),
+                 QStringLiteral("Merging is blocked while CI is red (Settings).\n"));
+        QCOMPARE(result.exitCode, 1);
+        QVERIFY(result.out.isEmpty());
+        QCOMPARE(requests(), detailLoad(9, sha9, {39}));
+    }
+
+    void mergeWhileCIIsRedNeedsYesWithoutATerminal()
+    {
+        const CliResult result = cli->run({QStringLiteral("merge"), tool, QStringLiteral("9")});
+
+        QCOMPARE(result.errText(),
+                 QStringLiteral("CI is red — you can still merge (Settings allows it).\n"
+                                "Not merged: confirm with --yes.\n"));
+        QCOMPARE(result.exitCode, 1);
+        QVERIFY(result.out.isEmpty());
+        QCOMPARE(requests(), detailLoad(9, sha9, {39}));
+    }
+
+    void mergeOfAnOutOfDateBranchUpdatesItAndTriesOnceMore()
+    {
+        // CI is red (warn mode, confirmed) and the branch is behind its base.
+        const CliResult result =
+            cli->run({QStringLiteral("merge"), tool, QStringLiteral("9"), QStringLiteral("--yes")});
+
+        QCOMPARE(result.errText(), QString());
+        QCOMPARE(result.exitCode, 0);
+        QCOMPARE(result.outText(), QStringLiteral("Merged ann/tool#9.\n"));
+        const QStringList load = detailLoad(9, sha9, {39});
+        QCOMPARE(requests().mid(load.size()),
+                 (QStringList{QStringLiteral("POST /api/v1/repos/ann/tool/pulls/9/merge"),
+                              QStringLiteral("POST /api/v1/repos/ann/tool/pulls/9/update"),
+                              QStringLiteral("POST /api/v1/repos/ann/tool/pulls/9/merge"),
+                              QStringLiteral("GET /api/v1/repos/ann/tool/pulls/9")}));
+        QCOMPARE(
+            cli->storedLogLines().mid(load.size()),
+            (QStringList{QStringLiteral("WARN POST repos/ann/tool/pulls/9/merge → 409 conflict"),
+                         QStringLiteral("INFO POST repos/ann/tool/pulls/9/update → 200"),
+                         QStringLiteral("INFO POST repos/ann/tool/pulls/9/merge → 200"),
+                         QStringLiteral("INFO GET repos/ann/tool/pulls/9 → 200")}));
+    }
+
+    void mergeRefusedAgainAfterTheUpdateFails()
+    {
+        gitea->server().route("POST", QStringLiteral("/api/v1/repos/ann/tool/pulls/7/merge"),
+                              FakeResponse::json(R"({"message":"Please try again later"})", 409));
+
+        const CliResult result = cli->run({QStringLiteral("merge"), tool, QStringLiteral("7")});
+
+        QCOMPARE(result.errText(),
+                 QStringLiteral("This branch is out of date or conflicts with the base "
+                                "branch. Update the branch and try again.\n"));
+        QCOMPARE(result.exitCode, 1);
+        QVERIFY(result.out.isEmpty());
+        const QStringList load = detailLoad(7, sha7, {42, 41});
+        // Exactly two merge requests and one update between them.
+        QCOMPARE(requests().mid(load.size()),
+                 (QStringList{QStringLiteral("POST /api/v1/repos/ann/tool/pulls/7/merge"),
+                              QStringLiteral("POST /api/v1/repos/ann/tool/pulls/7/update"),
+                              QStringLiteral("POST /api/v1/repos/ann/tool/pulls/7/merge")}));
+        QCOMPARE(
+            cli->storedLogLines().mid(load.size()),
+            (QStringList{QStringLiteral("WARN POST repos/ann/tool/pulls/7/merge → 409 conflict"),
+                         QStringLiteral("INFO POST repos/ann/tool/pulls/7/update → 200"),
+                         QStringLiteral("WARN POST repos/ann/tool/pulls/7/merge → 409 conflict")}));
+    }
+
+    void mergeOnATerminalAsksWhileCIIsRed_data()
+    {
+        QTest::addColumn<QByteArray>("answer");
+        QTest::addColumn<int>("exitCode");
+        QTest::addColumn<int>("mergeRequests");
+        QTest::newRow("yes") << QByteArray("y\n") << 0 << 2;
+        QTest::newRow("no") << QByteArray("n\n") << 1 << 0;
+        QTest::newRow("just enter") << QByteArray("\n") << 1 << 0;
+    }
+
+    void mergeOnATerminalAsksWhileCIIsRed()
+    {
+        QFETCH(QByteArray, answer);
+        QFETCH(int, exitCode);
+        QFETCH(int, mergeRequests);
+        if (QStandardPaths::findExecutable(QStringLiteral("script")).isEmpty())
+            QSKIP("script(1) is needed to give the command a terminal");
+
+        // script(1) runs the command on a pseudo-terminal and passes our input to it.
+        QProcess process;
+        process.setProcessEnvironment(cli->environment);
+        process.setProgram(QStringLiteral("script"));
+        process.setArguments({QStringLiteral("-qec"),
+                              CliRunner::program() + QStringLiteral(" merge ann/tool 9"),
+                              QStringLiteral("/dev/null")});
+        process.start();
+        QVERIFY(process.waitForStarted());
+        // Answer once the question is on the terminal.
+        QByteArray screen;
+        QTRY_VERIFY_WITH_TIMEOUT((screen += process.readAllStandardOutput()).contains("[y/N]"),
+                                 10000);
+        QVERIFY(screen.contains(
+            "CI is red — you can still merge (Settings allows it). Merge anyway? [y/N] "));
+        process.write(answer);
+        const CliResult result = CliRunner::finish(process);
+
+        QCOMPARE(result.exitCode, exitCode);
+        QCOMPARE(requests().count(QStringLiteral("POST /api/v1/repos/ann/tool/pulls/9/merge")),
+                 mergeRequests);
+    }
+};
+
+QTEST_GUILESS_MAIN(TestCliDetail)
+#include "tst_clidetail.moc"
