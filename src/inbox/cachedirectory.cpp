@@ -1,5 +1,7 @@
 #include "cachedirectory.h"
 
+#include "storagemode.h"
+
 #include <QDir>
 #include <QStandardPaths>
 
@@ -7,6 +9,13 @@ namespace kestrine {
 
 QString cacheDirectory()
 {
+    // A process on ephemeral storage (the demo instance) keeps its caches with its other private
+    // files, so that the user's own inbox cache and notification memory stay as they are.
+    if (Storage::isEphemeral()) {
+        const QString directory = Storage::ephemeralDirectory() + QStringLiteral("/cache");
+        QDir().mkpath(directory);
+        return directory;
+    }
     // Named explicitly rather than through the application's name, so that the app and its
     // command-line companion always share one directory.
     const QString base = QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation);

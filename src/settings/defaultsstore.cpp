@@ -1,5 +1,7 @@
 #include "defaultsstore.h"
 
+#include "storagemode.h"
+
 #include <QIODevice>
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -7,6 +9,7 @@
 #include <QJsonValue>
 #include <cmath>
 #include <limits>
+#include <memory>
 
 namespace kestrine {
 namespace {
@@ -160,11 +163,26 @@ QSettings::Format jsonSettingsFormat()
     return format;
 }
 
+namespace {
+
+std::unique_ptr<QSettings> openDefaultsStore()
+{
+    // From here on the storage mode is fixed: this store keeps the file it opened.
+    Storage::markDefaultsOpened();
+    if (Storage::isEphemeral()) {
+        return std::make_unique<QSettings>(
+            Storage::ephemeralDirectory() + QStringLiteral("/kestrine.json"), jsonSettingsFormat());
+    }
+    return std::make_unique<QSettings>(jsonSettingsFormat(), QSettings::UserScope,
+                                       QStringLiteral("norrum"), QStringLiteral("kestrine"));
+}
+
+} // namespace
+
 QSettings &defaultsStore()
 {
-    static QSettings store(jsonSettingsFormat(), QSettings::UserScope, QStringLiteral("norrum"),
-                           QStringLiteral("kestrine"));
-    return store;
+    static const std::unique_ptr<QSettings> store = openDefaultsStore();
+    return *store;
 }
 
 } // namespace kestrine

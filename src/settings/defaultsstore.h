@@ -11,7 +11,9 @@ namespace kestrine {
 QSettings::Format jsonSettingsFormat();
 
 /// The app's user defaults: ~/.config/norrum/kestrine.json (under XDG_CONFIG_HOME), one flat JSON
-/// object keyed by setting name. Created on first use, lives until exit; main thread only.
+/// object keyed by setting name; in ephemeral storage mode (storagemode.h) a file of the same form
+/// in the private temporary folder instead. Created on first use, lives until exit; main thread
+/// only.
 QSettings &defaultsStore();
 
 } // namespace kestrine

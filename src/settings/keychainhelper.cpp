@@ -1,7 +1,10 @@
 #include "keychainhelper.h"
 
+#include "storagemode.h"
+
 #include <QCoreApplication>
 #include <QEventLoop>
+#include <QHash>
 #include <QStringDecoder>
 #include <QTimer>
 #include <memory>
@@ -73,10 +76,22 @@ std::optional<QString> decodeUtf8(const QByteArray &bytes)
     return text;
 }
 
+/// The items of ephemeral storage mode: held in memory for this process only, so that the
+/// keychain itself is never opened (see storagemode.h).
+QHash<QString, QString> &ephemeralItems()
+{
+    static QHash<QString, QString> items;
+    return items;
+}
+
 } // namespace
 
 std::optional<QString> get(const QString &key)
 {
+    if (Storage::isEphemeral()) {
+        const auto it = ephemeralItems().constFind(key);
+        return it != ephemeralItems().cend() ? std::optional(*it) : std::nullopt;
+    }
     auto job = makeJob<QKeychain::ReadPasswordJob>(key);
     if (!runToEnd(job))
         return std::nullopt;
@@ -86,6 +101,10 @@ std::optional<QString> get(const QString &key)
 
 void set(const QString &value, const QString &key)
 {
+    if (Storage::isEphemeral()) {
+        ephemeralItems().insert(key, value);
+        return;
+    }
     // Delete, then add: what is stored afterwards is exactly one item holding this value, with
     // nothing carried over from the old one. The delete's outcome does not matter (there may have
     // been no item), and a failed add is silent by design.
@@ -98,6 +117,10 @@ void set(const QString &value, const QString &key)
 
 void remove(const QString &key)
 {
+    if (Storage::isEphemeral()) {
+        ephemeralItems().remove(key);
+        return;
+    }
     auto job = makeJob<QKeychain::DeletePasswordJob>(key);
     runToEnd(job);
 }

@@ -12,7 +12,9 @@
 /// Every item is identified by (service, account) = (`service`, key) and holds the value as UTF-8
 /// bytes. The three operations are synchronous to their callers and never report a failure: a
 /// missing store, a locked keyring or a D-Bus error reads as "no item" and leaves writes undone.
-/// The settings store is their one user, with the keys "instanceURL" and "token".
+/// The settings store is their one user, with the keys "instanceURL" and "token". In ephemeral
+/// storage mode (storagemode.h) the items live in this process's memory instead and the store is
+/// never opened.
 ///
 /// Main thread only, with a QCoreApplication: each operation runs its QtKeychain job to the end
 /// in a local event loop (user input is held back meanwhile), for at most `jobTimeout` each.

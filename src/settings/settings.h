@@ -5,3 +5,4 @@
 #include "keychainhelper.h"
 #include "logstore.h"
 #include "settingsstore.h"
+#include "storagemode.h"

@@ -1,0 +1,208 @@
+// Ephemeral storage, the mode of the demo instance: nothing the user keeps is read or written.
+// Runs against the real Secret Service of `run-isolated --keyring`, with the real defaults file
+// and caches directory under the private XDG folders, all filled as an earlier run of the app
+// would have left them.
+
+#include "cachedirectory.h"
+#include "defaultsstore.h"
+#include "inboxcache.h"
+#include "keychainhelper.h"
+#include "logstore.h"
+#include "settingsstore.h"
+#include "storagemode.h"
+#include "tst_keychainprobe.h"
+
+#include <QDir>
+#include <QFile>
+#include <QProcess>
+#include <QStandardPaths>
+#include <QtTest>
+
+using namespace kestrine;
+using kestrine::testing::SecretServiceProbe;
+
+namespace {
+
+constexpr char tooLateChild[] = "--ephemeral-after-defaults";
+constexpr char folderChild[] = "--print-ephemeral-folder";
+
+const QString savedURL = QStringLiteral("https://git.example.org");
+const QString savedToken = QStringLiteral("saved-token-0123");
+const QByteArray savedDefaults =
+    R"({"mergeGateMode": "Block merge when CI is red", "monitoredRepos": ["team/app"],)"
+    R"( "notificationsEnabled": true, "kestrine.log.entries": {"$data": "W10="}})"
+    "\n";
+const QByteArray savedInbox = "[]";
+
+QString userDefaultsPath()
+{
+    return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) +
+           QStringLiteral("/norrum/kestrine.json");
+}
+
+QString userCachePath()
+{
+    return QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation) +
+           QStringLiteral("/norrum/kestrine/inbox.json");
+}
+
+void writeFile(const QString &path, const QByteArray &bytes)
+{
+    QDir().mkpath(QFileInfo(path).path());
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    QCOMPARE(file.write(bytes), bytes.size());
+}
+
+QByteArray readFile(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<missing>");
+}
+
+/// The secret the Secret Service itself holds for one of the app's keys.
+QByteArray storedSecret(const QString &key)
+{
+    const auto items = SecretServiceProbe::items(QString(KeychainHelper::service), key);
+    if (!items || items->size() != 1)
+        return QByteArray("<no single item>");
+    return SecretServiceProbe::secret(items->constFirst()).value_or("<unreadable>");
+}
+
+struct ChildResult
+{
+    int exitCode = -1;
+    QByteArray output;
+};
+
+ChildResult runChild(const char *mode)
+{
+    QProcess child;
+    child.start(QCoreApplication::applicationFilePath(), {QString::fromLatin1(mode)});
+    child.waitForFinished(30000);
+    return {child.exitStatus() == QProcess::NormalExit ? child.exitCode() : -1,
+            child.readAllStandardOutput().trimmed()};
+}
+
+} // namespace
+
+class TestEphemeralStorage : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase()
+    {
+        // What an earlier, normal run left behind; written before this process chooses a mode.
+        QVERIFY(!Storage::isEphemeral());
+        KeychainHelper::set(savedURL, QString(SettingsStore::instanceURLKey));
+        KeychainHelper::set(savedToken, QString(SettingsStore::tokenKey));
+        QCOMPARE(storedSecret(QStringLiteral("instanceURL")), savedURL.toUtf8());
+        QCOMPARE(storedSecret(QStringLiteral("token")), savedToken.toUtf8());
+        writeFile(userDefaultsPath(), savedDefaults);
+        writeFile(userCachePath(), savedInbox);
+    }
+
+    void switchingBeforeAnyStoreIsOpenedWorks()
+    {
+        QVERIFY(Storage::useEphemeral());
+        QVERIFY(Storage::isEphemeral());
+        const QString folder = Storage::ephemeralDirectory();
+        QVERIFY(QDir(folder).exists());
+        QVERIFY(!folder.startsWith(QDir::homePath()));
+        // Asking again is harmless.
+        QVERIFY(Storage::useEphemeral());
+        QCOMPARE(Storage::ephemeralDirectory(), folder);
+    }
+
+    void settingsStartFromDefaultsWithoutTheUsersValues()
+    {
+        SettingsStore store;
+        QCOMPARE(store.instanceURL(), QString(SettingsStore::defaultInstanceURL));
+        QCOMPARE(store.token(), QString());
+        QCOMPARE(store.mergeGateMode(), MergeGateMode::Warn);
+        QCOMPARE(store.monitoredRepos(), QStringList());
+        QCOMPARE(store.notificationsEnabled(), false);
+        QVERIFY(!store.isConfigured());
+    }
+
+    void changedSettingsStayInThisProcess()
+    {
+        SettingsStore store;
+        store.setInstanceURL(QStringLiteral("http://127.0.0.1:3000"));
+        store.setToken(QStringLiteral("demo-token"));
+        store.setMergeGateMode(MergeGateMode::Block);
+        store.setMonitoredRepos({QStringLiteral("norrum/harbor")});
+        store.setNotificationsEnabled(true);
+        store.logout();
+        store.setToken(QStringLiteral("second-token"));
+
+        // Read back by a fresh store: the process remembers them...
+        SettingsStore again;
+        QCOMPARE(again.instanceURL(), QString(SettingsStore::defaultInstanceURL));
+        QCOMPARE(again.token(), QStringLiteral("second-token"));
+        QCOMPARE(again.mergeGateMode(), MergeGateMode::Block);
+        QCOMPARE(again.monitoredRepos(), QStringList{QStringLiteral("norrum/harbor")});
+        QCOMPARE(again.notificationsEnabled(), true);
+
+        // ...while the user's keychain and defaults file hold what they held.
+        QCOMPARE(storedSecret(QStringLiteral("instanceURL")), savedURL.toUtf8());
+        QCOMPARE(storedSecret(QStringLiteral("token")), savedToken.toUtf8());
+        QCOMPARE(readFile(userDefaultsPath()), savedDefaults);
+        QVERIFY(defaultsStore().fileName().startsWith(Storage::ephemeralDirectory()));
+    }
+
+    void logAndCachesGoToThePrivateFolder()
+    {
+        LogStore::shared()->log(LogLevel::Info, QStringLiteral("GET user/repos → 200"));
+        LogStore::shared()->clear();
+        LogStore::shared()->log(LogLevel::Error, QStringLiteral("PR 7 failed"));
+        QVERIFY(cacheDirectory().startsWith(Storage::ephemeralDirectory()));
+        InboxCache().write({});
+        QVERIFY(QFile::exists(cacheDirectory() + QStringLiteral("/inbox.json")));
+
+        QCOMPARE(readFile(userDefaultsPath()), savedDefaults);
+        QCOMPARE(readFile(userCachePath()), savedInbox);
+        // The log is kept where the settings are, so a new log of this process reads it back.
+        QCOMPARE(LogStore().count(), 1);
+    }
+
+    void tooLateOnceTheDefaultsStoreIsOpen()
+    {
+        const ChildResult child = runChild(tooLateChild);
+        QCOMPARE(child.exitCode, 0);
+        QCOMPARE(child.output, QByteArray("refused"));
+    }
+
+    void thePrivateFolderGoesWithTheProcess()
+    {
+        const ChildResult child = runChild(folderChild);
+        QCOMPARE(child.exitCode, 0);
+        const QString folder = QString::fromLocal8Bit(child.output);
+        QVERIFY(!folder.isEmpty());
+        QVERIFY2(!QDir(folder).exists(), qPrintable(folder));
+    }
+};
+
+int main(int argc, char *argv[])
+{
+    QCoreApplication app(argc, argv);
+    if (argc >= 2 && qstrcmp(argv[1], tooLateChild) == 0) {
+        defaultsStore().value(QStringLiteral("mergeGateMode"));
+        const bool switched = Storage::useEphemeral();
+        printf("%s\n", switched || Storage::isEphemeral() ? "switched" : "refused");
+        return 0;
+    }
+    if (argc >= 2 && qstrcmp(argv[1], folderChild) == 0) {
+        if (!Storage::useEphemeral())
+            return 1;
+        // Use it, so that there is something to remove.
+        SettingsStore().setMergeGateMode(MergeGateMode::Block);
+        printf("%s\n", qPrintable(Storage::ephemeralDirectory()));
+        return 0;
+    }
+    TestEphemeralStorage test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "tst_ephemeralstorage.moc"
