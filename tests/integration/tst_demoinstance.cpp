@@ -1,0 +1,133 @@
+// The built-in demo instance: its seed loads, its times are moved to the present, and the app's
+// own client can sign in and read what the screens show.
+
+#include "demoinstance.h"
+#include "giteaclient.h"
+#include "outcome.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QNetworkAccessManager>
+#include <QtTest>
+
+using namespace kestrine;
+using kestrine::testing::runToEnd;
+
+namespace {
+
+/// Every "...Z" time text in the seed, in document order.
+void collectTimes(const QJsonValue &value, QList<QDateTime> &times)
+{
+    if (value.isString()) {
+        const QString text = value.toString();
+        if (text.size() == 20 && text.endsWith(u'Z') && text.at(10) == u'T')
+            times.append(QDateTime::fromString(text, Qt::ISODate));
+    } else if (value.isArray()) {
+        for (const QJsonValue &item : value.toArray())
+            collectTimes(item, times);
+    } else if (value.isObject()) {
+        const QJsonObject object = value.toObject();
+        for (auto it = object.begin(); it != object.end(); ++it)
+            collectTimes(it.value(), times);
+    }
+}
+
+QList<QDateTime> timesOf(const QByteArray &seed)
+{
+    QList<QDateTime> times;
+    collectTimes(QJsonDocument::fromJson(seed).object(), times);
+    return times;
+}
+
+} // namespace
+
+class TestDemoInstance : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void theSeedMovesEveryTimeBySameAmount()
+    {
+        const QDateTime now = QDateTime::currentDateTimeUtc();
+        const QList<QDateTime> original = timesOf(DemoInstance::seed(DemoInstance::referenceTime));
+        const QList<QDateTime> moved = timesOf(DemoInstance::seed(now));
+        QVERIFY(original.size() > 50);
+        QCOMPARE(moved.size(), original.size());
+        const qint64 shift = DemoInstance::referenceTime.secsTo(now);
+        for (qsizetype i = 0; i < original.size(); ++i)
+            QCOMPARE(original.at(i).secsTo(moved.at(i)), shift);
+        // Nothing in the sample data lies in the future of its "now".
+        for (const QDateTime &time : original)
+            QVERIFY2(time <= DemoInstance::referenceTime, qPrintable(time.toString(Qt::ISODate)));
+    }
+
+    void startsAndServesTheSampleData()
+    {
+        DemoInstance demo;
+        QVERIFY2(demo.start(), qPrintable(demo.errorString()));
+        QCOMPARE(demo.url().host(), QStringLiteral("127.0.0.1"));
+        QVERIFY(!demo.url().path().endsWith(u'/'));
+        QVERIFY(!demo.token().isEmpty());
+
+        QNetworkAccessManager session;
+        const GiteaClient client(demo.url(), demo.token(), &session, nullptr);
+        const auto user = runToEnd(client.currentUser());
+        QVERIFY(user.value);
+        QCOMPARE(user.value->login, QStringLiteral("maja"));
+
+        const auto repos = runToEnd(client.repos());
+        QVERIFY(repos.value);
+        QVERIFY(repos.value->size() >= 5);
+
+        const auto pulls =
+            runToEnd(client.pullRequests(QStringLiteral("norrum"), QStringLiteral("harbor")));
+        QVERIFY(pulls.value);
+        QVERIFY(pulls.value->size() >= 3);
+        // Moved to the present: the newest pull request was updated minutes ago, not in 2024.
+        QDateTime newest;
+        for (const PullRequest &pr : *pulls.value) {
+            if (pr.updatedAt && (!newest.isValid() || *pr.updatedAt > newest))
+                newest = *pr.updatedAt;
+        }
+        const qint64 age = newest.secsTo(QDateTime::currentDateTimeUtc());
+        QVERIFY2(age >= 0 && age < 3600, qPrintable(QString::number(age)));
+
+        // Runs that pass, fail and are under way, and a job log with colour codes.
+        QSet<QString> outcomes;
+        for (const PullRequest &pr : *pulls.value) {
+            const auto runs =
+                runToEnd(client.runs(QStringLiteral("norrum"), QStringLiteral("harbor"),
+                                     pr.head.value_or(Branch{}).sha.value_or(QString())));
+            QVERIFY(runs.value);
+            for (const ActionRun &run : *runs.value)
+                outcomes.insert(run.conclusion.value_or(run.status.value_or(QString())));
+        }
+        QVERIFY(outcomes.contains(QStringLiteral("success")));
+        QVERIFY(outcomes.contains(QStringLiteral("failure")));
+        QVERIFY(outcomes.contains(QStringLiteral("waiting")));
+        const auto log =
+            runToEnd(client.jobLogs(QStringLiteral("norrum"), QStringLiteral("harbor"), 1181));
+        QVERIFY(log.value);
+        QVERIFY(log.value->contains(QStringLiteral("\x1b[31m")));
+
+        const auto diff =
+            runToEnd(client.diff(QStringLiteral("norrum"), QStringLiteral("harbor"), 142));
+        QVERIFY(diff.value);
+        QVERIFY(diff.value->contains(QStringLiteral("+++ b/fetcher/fetcher.go")));
+    }
+
+    void refusesAStrangerToken()
+    {
+        DemoInstance demo;
+        QVERIFY(demo.start());
+        QNetworkAccessManager session;
+        const GiteaClient client(demo.url(), QStringLiteral("not-the-demo-token"), &session,
+                                 nullptr);
+        const auto user = runToEnd(client.currentUser());
+        QVERIFY(!user.value);
+    }
+};
+
+QTEST_GUILESS_MAIN(TestDemoInstance)
+#include "tst_demoinstance.moc"
