@@ -4,9 +4,6 @@
 
 namespace kestrine::testing {
 
-const QString SeededGitea::annToken = QStringLiteral("4f1c9e2d7a6b5c3d8e0f1a2b3c4d5e6f7a8b9c0d");
-const QString SeededGitea::boToken = QStringLiteral("9e8d7c6b5a4f3e2d1c0b9a8f7e6d5c4b3a291807");
-
 SeededGitea::SeededGitea()
     : m_simulation(
           std::make_unique<GiteaSimulation>(fixtures::read(QStringLiteral("gitea/seed.json"))))

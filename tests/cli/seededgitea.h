@@ -14,11 +14,14 @@ namespace kestrine::testing {
 class SeededGitea
 {
 public:
-    // The seed's tokens.
+    // The seed's tokens. Inline, so that they are set before any constant of a test file that
+    // includes this header is initialised from them.
     /// ann: owns ann/tool and ann/website.
-    static const QString annToken;
+    static inline const QString annToken =
+        QStringLiteral("4f1c9e2d7a6b5c3d8e0f1a2b3c4d5e6f7a8b9c0d");
     /// bo: writes to ann/tool.
-    static const QString boToken;
+    static inline const QString boToken =
+        QStringLiteral("9e8d7c6b5a4f3e2d1c0b9a8f7e6d5c4b3a291807");
 
     SeededGitea();
     ~SeededGitea();
