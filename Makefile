@@ -25,9 +25,17 @@ build: configure
 test: build
 	@cd $(BUILD_DIR) && ctest --output-on-failure --parallel $(JOBS)
 
+# Without a display (neither DISPLAY nor WAYLAND_DISPLAY set) the app cannot open its window; the
+# demo inbox is shown on the terminal instead, by kestrine-cli over the same built-in demo instance.
+ifeq ($(strip $(DISPLAY)$(WAYLAND_DISPLAY)),)
+run: build
+	@echo "kestrine: no display (DISPLAY and WAYLAND_DISPLAY are unset), so here is the demo inbox from kestrine-cli:" >&2
+	@$(BUILD_DIR)/src/cli/kestrine-cli --demo inbox
+else
 run: build
 	@echo "kestrine: the app is not built yet; only its libraries and tests exist so far." >&2
 	@exit 1
+endif
 
 bench: build
 	@for b in $(BUILD_DIR)/bench/bench_*; do [ -x "$$b" ] && "$$b"; done

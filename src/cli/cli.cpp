@@ -121,6 +121,12 @@ int run(QStringList arguments)
     }
 
     Session session;
+    if (options.demo) {
+        if (const std::optional<QString> failure = session.startDemo()) {
+            console::printError(failure.value());
+            return ExitCode::Failure;
+        }
+    }
     // The command starts once the event loop runs, so that its end can stop the loop even when
     // it finishes without ever waiting.
     int exitCode = ExitCode::Failure;

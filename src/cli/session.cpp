@@ -1,6 +1,8 @@
 #include "session.h"
 
+#include "demoinstance.h"
 #include "settingsstore.h"
+#include "storagemode.h"
 
 namespace kestrine::cli {
 namespace {
@@ -20,15 +22,33 @@ Session::Session() = default;
 
 Session::~Session() = default;
 
+std::optional<QString> Session::startDemo()
+{
+    if (!Storage::useEphemeral())
+        return QStringLiteral("The demo needs private storage, and none could be set up.");
+    auto demo = std::make_unique<DemoInstance>();
+    if (!demo->start())
+        return demo->errorString();
+    m_demo = std::move(demo);
+    return std::nullopt;
+}
+
 SettingsStore &Session::settings()
 {
-    if (!m_settingsOpened) {
-        m_settingsOpened = true;
-        SettingsStore::shared()->overrideCredentials(environmentValue("KESTRINE_URL"),
-                                                     environmentValue("KESTRINE_TOKEN"));
-        backgroundCheck();
+    SettingsStore *store = SettingsStore::shared();
+    if (m_settingsOpened)
+        return *store;
+    m_settingsOpened = true;
+    if (m_demo) {
+        // As the app does: its keychain is in memory in this mode.
+        store->setInstanceURL(m_demo->url().toString());
+        store->setToken(m_demo->token());
+    } else {
+        store->overrideCredentials(environmentValue("KESTRINE_URL"),
+                                   environmentValue("KESTRINE_TOKEN"));
     }
-    return *SettingsStore::shared();
+    backgroundCheck();
+    return *store;
 }
 
 BackgroundCheck &Session::backgroundCheck()

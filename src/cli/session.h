@@ -8,11 +8,16 @@
 #include <memory>
 #include <optional>
 
+namespace kestrine {
+class DemoInstance;
+}
+
 namespace kestrine::cli {
 
 /// What one run of kestrine-cli sets up around its command: where the instance URL and the token
-/// come from (the keychain, or KESTRINE_URL and KESTRINE_TOKEN for this run only), and the
-/// background check that the command's models may start, which the run waits for before it ends.
+/// come from (the keychain; KESTRINE_URL and KESTRINE_TOKEN for this run only; or the built-in
+/// demo instance), and the background check that the command's models may start, which the run
+/// waits for before it ends.
 class Session
 {
 public:
@@ -20,6 +25,12 @@ public:
     ~Session();
     Session(const Session &) = delete;
     Session &operator=(const Session &) = delete;
+
+    /// Switches this run to the built-in demo instance, as `kestrine --demo` does: the instance
+    /// runs in this process, and the settings, the log and the caches live in a private temporary
+    /// folder, so nothing of the user's is read or written. Must come before settings(). Answers
+    /// the error text when the demo cannot start.
+    std::optional<QString> startDemo();
 
     /// The shared settings store, loaded on the first call with this run's credentials applied;
     /// the background check is installed with it, so that whatever the command's models start is
@@ -33,6 +44,7 @@ public:
     QCoro::Task<> finish();
 
 private:
+    std::unique_ptr<DemoInstance> m_demo;
     bool m_settingsOpened = false;
     std::unique_ptr<BackgroundCheck> m_check;
 };
