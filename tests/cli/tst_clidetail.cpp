@@ -11,6 +11,7 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QProcess>
+#include <QRegularExpression>
 #include <QStandardPaths>
 #include <QtTest>
 
@@ -40,24 +41,32 @@ QStringList detailLoad(int number, const QString &headSha, const QList<int> &run
     return requests;
 }
 
-/// `requests` with the four lists of a load in a fixed order, for comparison with detailLoad().
+/// `requests` with the four lists of each load (which go out together, in no fixed order) put in
+/// the order detailLoad() gives them.
 QStringList normalized(QStringList requests)
 {
+    static const QRegularExpression pullRequest(
+        QStringLiteral("^GET /api/v1/repos/[^/]+/[^/]+/pulls/[0-9]+$"));
     for (qsizetype i = 0; i + 4 < requests.size(); ++i) {
-        if (requests[i].startsWith(u"GET ") && requests[i].count(u'/') == 6 &&
-            requests[i].contains(u"/pulls/")) {
-            QStringList lists = requests.mid(i + 1, 4);
-            QStringList ordered;
-            for (const char *suffix : {"/comments", "/reviews", "/files", "/commits"}) {
-                for (const QString &request : lists) {
-                    if (request.endsWith(QLatin1StringView(suffix)))
-                        ordered.append(request);
-                }
-            }
-            if (ordered.size() == 4) {
-                for (int k = 0; k < 4; ++k)
-                    requests[i + 1 + k] = ordered[k];
-            }
+        if (!pullRequest.match(requests[i]).hasMatch())
+            continue;
+        const QString pull = requests[i].mid(4);
+        const QString issue =
+            QString(pull).replace(QStringLiteral("/pulls/"), QStringLiteral("/issues/"));
+        const QStringList lists{
+            QStringLiteral("GET ") + issue + QStringLiteral("/comments"),
+            QStringLiteral("GET ") + pull + QStringLiteral("/reviews"),
+            QStringLiteral("GET ") + pull + QStringLiteral("/files"),
+            QStringLiteral("GET ") + pull + QStringLiteral("/commits"),
+        };
+        QStringList next = requests.mid(i + 1, 4);
+        QStringList sortedNext = next;
+        QStringList sortedLists = lists;
+        sortedNext.sort();
+        sortedLists.sort();
+        if (sortedNext == sortedLists) {
+            for (int k = 0; k < 4; ++k)
+                requests[i + 1 + k] = lists[k];
         }
     }
     return requests;
