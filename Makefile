@@ -3,13 +3,15 @@
 BUILD_DIR  ?= build
 BUILD_TYPE ?= RelWithDebInfo
 JOBS       ?= $(shell nproc)
+# Where `make install` puts the app; DESTDIR, when given, stages the installation in a folder.
+PREFIX     ?= /usr/local
 
 CMAKE_FLAGS := -G Ninja -DCMAKE_BUILD_TYPE=$(BUILD_TYPE) -DCMAKE_EXPORT_COMPILE_COMMANDS=ON
 ifneq ($(shell command -v ccache 2>/dev/null),)
 CMAKE_FLAGS += -DCMAKE_CXX_COMPILER_LAUNCHER=ccache
 endif
 
-.PHONY: all deps configure build test run bench format clean
+.PHONY: all deps configure build test run install bench format clean
 
 all: build
 
@@ -36,6 +38,11 @@ run: build
 	@echo "kestrine: the app is not built yet; only its libraries and tests exist so far." >&2
 	@exit 1
 endif
+
+# The app, kestrine-cli, the desktop entry, the AppStream metadata, the icon and the systemd user
+# units of the background check. The units name kestrine-cli by its path under PREFIX.
+install: build
+	@DESTDIR="$(DESTDIR)" cmake --install $(BUILD_DIR) --prefix "$(PREFIX)"
 
 bench: build
 	@for b in $(BUILD_DIR)/bench/bench_*; do [ -x "$$b" ] && "$$b"; done
