@@ -648,6 +648,10 @@ private slots:
         QCOMPARE(result.exitCode, exitCode);
         QCOMPARE(requests().count(QStringLiteral("POST /api/v1/repos/ann/tool/pulls/9/merge")),
                  mergeRequests);
+        // On a terminal the progress shows as in the app, including the branch update.
+        screen += result.out;
+        QCOMPARE(screen.contains("Updating branch…"), mergeRequests > 0);
+        QCOMPARE(screen.contains("Merged ann/tool#9."), mergeRequests > 0);
     }
 };
 

@@ -12,6 +12,7 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QTcpServer>
 #include <QUrlQuery>
 #include <QtTest>
 
@@ -259,6 +260,30 @@ private slots:
                                                   "the Logs screen.\n"));
         QCOMPARE(result.exitCode, 1);
         QVERIFY(result.out.isEmpty());
+    }
+
+    void anUnreachableServerFailsAtOnce()
+    {
+        // Nothing listens on a port that was free a moment ago.
+        QTcpServer probe;
+        QVERIFY(probe.listen(QHostAddress::LocalHost));
+        const QString url = QStringLiteral("http://127.0.0.1:%1").arg(probe.serverPort());
+        probe.close();
+        login(SeededGitea::annToken);
+        cli->environment.insert(QStringLiteral("KESTRINE_URL"), url);
+
+        QElapsedTimer timer;
+        timer.start();
+        const CliResult result = cli->run({QStringLiteral("inbox")});
+
+        QCOMPARE(result.exitCode, 1);
+        QVERIFY2(result.errText().contains(QStringLiteral("refused")),
+                 qPrintable(result.errText()));
+        QVERIFY(result.out.isEmpty());
+        QVERIFY(timer.elapsed() < 10000);
+        // The network's own failures are the caller's to report: only the loader's line is kept.
+        QCOMPARE(cli->storedLogLines(), QStringList{QStringLiteral("ERROR Inbox load failed: ") +
+                                                    result.errText().trimmed()});
     }
 
     void logsPrintsAndClearsTheLog()
