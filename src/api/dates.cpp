@@ -123,7 +123,14 @@ std::optional<QDateTime> parse(QStringView text, Fraction fraction)
     const QDateTime local(date, time, Qt::OffsetFromUTC, offsetSeconds);
     if (!local.isValid())
         return std::nullopt;
-    return local.toUTC();
+    // Only instants that can be written back in this same form are taken: their UTC year must
+    // have four digits. "0001-01-01T00:00:00+01:00" falls in the year before 1 and
+    // "9999-12-31T23:00:00-01:00" in 10000; kept, they would be stored as texts (in the log, for
+    // QML) that no reader accepts again.
+    const QDateTime utc = local.toUTC();
+    if (utc.date().year() < 1 || utc.date().year() > 9999)
+        return std::nullopt;
+    return utc;
 }
 
 std::optional<QDateTime> parseEither(QStringView text)

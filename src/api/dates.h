@@ -17,7 +17,8 @@ enum class Fraction {
 };
 
 /// Parses `text` in one of the two forms; the result is in UTC. Fractions beyond milliseconds are
-/// truncated, since QDateTime keeps milliseconds.
+/// truncated, since QDateTime keeps milliseconds. An instant whose UTC year is not between 1 and
+/// 9999 is refused, since format() could not write it in a form that parses again.
 std::optional<QDateTime> parse(QStringView text, Fraction fraction);
 
 /// The decoding rule for every date field: with fractional seconds first, then without.
