@@ -1,0 +1,101 @@
+#include "app.h"
+
+#include "appdelegate.h"
+#include "backgroundscheduler.h"
+#include "demoinstance.h"
+#include "notificationcenter.h"
+#include "notificationpass.h"
+#include "notificationservice.h"
+#include "settingsstore.h"
+#include "storagemode.h"
+
+#include <QCoreApplication>
+#include <QQuickStyle>
+#include <QQuickWindow>
+#include <QtQml/qqmlextensionplugin.h>
+
+// The screens are a static QML module linked into this library.
+Q_IMPORT_QML_PLUGIN(KestrinePlugin)
+
+namespace kestrine {
+
+const QUrl KestrineApp::mainQml(QStringLiteral("qrc:/qt/qml/Kestrine/Main.qml"));
+
+void prepareApplication()
+{
+    QCoreApplication::setOrganizationName(QStringLiteral("norrum"));
+    QCoreApplication::setApplicationName(QStringLiteral("kestrine"));
+    QCoreApplication::setOrganizationDomain(QStringLiteral("norrum.com"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(KESTRINE_VERSION));
+    QQuickStyle::setStyle(QStringLiteral("Material"));
+}
+
+KestrineApp::KestrineApp(AppOptions options)
+    : m_options(options)
+{}
+
+KestrineApp::~KestrineApp()
+{
+    // The inbox must not start a pass of a service that is going away.
+    if (NotificationPass::installed() == m_notificationService.get())
+        NotificationPass::install(nullptr);
+}
+
+bool KestrineApp::start()
+{
+    // The demo's private storage has to be chosen before any store is opened.
+    if (m_options.demo && !startDemo())
+        return false;
+
+    // 1. The settings: the one store of the process, loaded now.
+    SettingsStore *settings = SettingsStore::shared();
+    if (m_demo) {
+        settings->setInstanceURL(m_demo->url().toString());
+        settings->setToken(m_demo->token());
+    }
+
+    // 2. The background task.
+    registerBackgroundTask();
+
+    // 3. The window, on the inbox.
+    m_engine.load(mainQml);
+    if (!window()) {
+        m_error = QStringLiteral("The window could not be created.");
+        return false;
+    }
+    return true;
+}
+
+QQuickWindow *KestrineApp::window() const
+{
+    const QList<QObject *> roots = m_engine.rootObjects();
+    return roots.isEmpty() ? nullptr : qobject_cast<QQuickWindow *>(roots.constFirst());
+}
+
+bool KestrineApp::startDemo()
+{
+    if (!Storage::useEphemeral()) {
+        m_error = QStringLiteral("The demo needs private storage, and none could be set up.");
+        return false;
+    }
+    m_demo = std::make_unique<DemoInstance>();
+    if (!m_demo->start()) {
+        m_error = m_demo->errorString();
+        m_demo.reset();
+        return false;
+    }
+    return true;
+}
+
+void KestrineApp::registerBackgroundTask()
+{
+    m_notificationCenter = std::make_unique<FreedesktopNotificationCenter>();
+    m_notificationService = std::make_unique<NotificationService>(*m_notificationCenter);
+    // The same check also runs after every inbox load while notifications are on.
+    NotificationPass::install(m_notificationService.get());
+    m_scheduler = std::make_unique<InProcessScheduler>();
+    m_delegate = std::make_unique<AppDelegate>(*m_scheduler, *m_notificationService);
+    m_delegate->registerBackgroundTask();
+}
+
+} // namespace kestrine

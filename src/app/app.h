@@ -1,0 +1,71 @@
+#pragma once
+
+#include <QObject>
+#include <QQmlApplicationEngine>
+#include <QString>
+#include <memory>
+
+class QQuickWindow;
+
+namespace kestrine {
+
+class AppDelegate;
+class DemoInstance;
+class FreedesktopNotificationCenter;
+class InProcessScheduler;
+class NotificationService;
+
+/// How the app was asked to start.
+struct AppOptions
+{
+    /// Run against the built-in demo instance, on private, temporary storage: the user's keychain,
+    /// settings, log and caches are neither read nor written.
+    bool demo = false;
+};
+
+/// The app entry: it creates the settings, registers the background task and opens the one window
+/// on the inbox, in that order. Everything it creates lives as long as this object; create it
+/// after the QGuiApplication and destroy it before.
+class KestrineApp
+{
+public:
+    explicit KestrineApp(AppOptions options);
+    ~KestrineApp();
+    KestrineApp(const KestrineApp &) = delete;
+    KestrineApp &operator=(const KestrineApp &) = delete;
+
+    /// Starts the app; false, with errorString(), when it cannot (the demo instance cannot start,
+    /// the window cannot be built).
+    bool start();
+    QString errorString() const { return m_error; }
+
+    QQmlApplicationEngine &engine() { return m_engine; }
+    /// The window, once started.
+    QQuickWindow *window() const;
+    /// The demo instance in demo mode; null otherwise.
+    DemoInstance *demo() const { return m_demo.get(); }
+
+    /// The one window's QML document.
+    static const QUrl mainQml;
+
+private:
+    bool startDemo();
+    void registerBackgroundTask();
+
+    AppOptions m_options;
+    QString m_error;
+    std::unique_ptr<DemoInstance> m_demo;
+    std::unique_ptr<FreedesktopNotificationCenter> m_notificationCenter;
+    std::unique_ptr<NotificationService> m_notificationService;
+    std::unique_ptr<InProcessScheduler> m_scheduler;
+    std::unique_ptr<AppDelegate> m_delegate;
+    // Last: the window goes first, while everything it shows still exists.
+    QQmlApplicationEngine m_engine;
+};
+
+/// Sets the application's names (organisation "norrum", application "kestrine", domain
+/// "norrum.com"), which also name its settings and cache folders, and the Material style with its
+/// configuration. Call before the QGuiApplication is created.
+void prepareApplication();
+
+} // namespace kestrine

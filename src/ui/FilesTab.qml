@@ -1,0 +1,120 @@
+import QtQuick
+import QtQuick.Controls
+import QtQuick.Layouts
+import Kestrine
+
+// The changed files, each row leading to its diff: a status mark, the file name, and the number
+// of added and removed lines.
+Item {
+    id: root
+
+    required property PRDetailViewModel vm
+    property real bottomInset: 0
+    readonly property var files: vm.files || []
+    readonly property alias flickable: list
+
+    signal openFile(var file)
+
+    // The mark of a file's status, compared exactly: "Added" is not "added".
+    function statusMark(status) {
+        if (status === "added")
+            return "＋";
+        if (status === "removed")
+            return "－";
+        if (status === "renamed")
+            return "→";
+        return "✎";
+    }
+
+    Label {
+        objectName: "noFiles"
+        x: (parent.width - Math.min(parent.width, Theme.maxContentWidth)) / 2 + Theme.margin
+        y: Theme.margin
+        visible: root.files.length === 0
+        text: "No changed files."
+        color: Theme.secondaryText
+        font.pixelSize: Theme.callout
+    }
+
+    ListView {
+        id: list
+        objectName: "fileList"
+        anchors.top: parent.top
+        anchors.bottom: parent.bottom
+        anchors.horizontalCenter: parent.horizontalCenter
+        width: Math.min(parent.width, Theme.maxContentWidth)
+        visible: root.files.length > 0
+        model: root.files
+        topMargin: 6
+        bottomMargin: root.bottomInset
+        flickableDirection: Flickable.VerticalFlick
+        boundsBehavior: Flickable.DragAndOvershootBounds
+        ScrollIndicator.vertical: ScrollIndicator {}
+
+        delegate: ItemDelegate {
+            id: fileRow
+            required property var modelData
+
+            objectName: "fileRow_" + modelData.filename
+            width: ListView.view.width
+            topPadding: 6 + 6
+            bottomPadding: 6 + 6
+            leftPadding: Theme.margin + 4 - 4
+            rightPadding: Theme.margin
+            onClicked: root.openFile(modelData)
+
+            contentItem: RowLayout {
+                spacing: 8
+                Label {
+                    objectName: "statusMark"
+                    text: root.statusMark(fileRow.modelData.status)
+                    color: Theme.secondaryText
+                    font.pixelSize: Theme.body
+                }
+                Label {
+                    objectName: "fileName"
+                    Layout.fillWidth: true
+                    text: fileRow.modelData.filename
+                    elide: Text.ElideMiddle
+                    maximumLineCount: 1
+                    color: Theme.primaryText
+                    font.pixelSize: Theme.subheadline
+                }
+                Label {
+                    objectName: "additions"
+                    text: "+" + fileRow.modelData.additions
+                    color: Theme.green
+                    font.pixelSize: Theme.caption2
+                    font.family: Theme.monospace
+                }
+                Label {
+                    objectName: "deletions"
+                    text: "−" + fileRow.modelData.deletions
+                    color: Theme.red
+                    font.pixelSize: Theme.caption2
+                    font.family: Theme.monospace
+                }
+            }
+
+            background: Rectangle {
+                color: fileRow.down ? Theme.secondaryBackground : "transparent"
+                Rectangle {
+                    anchors.left: parent.left
+                    anchors.right: parent.right
+                    anchors.bottom: parent.bottom
+                    anchors.leftMargin: Theme.margin
+                    height: 1
+                    color: Theme.separator
+                }
+            }
+        }
+    }
+
+    PullToRefresh {
+        flickable: list
+        anchors.top: list.top
+        anchors.horizontalCenter: list.horizontalCenter
+        loading: root.vm.isLoading
+        onRefresh: root.vm.reload()
+    }
+}

@@ -1,0 +1,410 @@
+import QtQuick
+import QtQuick.Controls
+import QtQuick.Layouts
+import Kestrine
+
+// One pull request: a header, four tabs (overview, conversation, files, checks) under a floating
+// tab bar, and the actions on it — merge, comment, approve, request changes, close, re-run. All
+// data and actions go through the screen's own PRDetailViewModel; the screen holds only what is
+// presented.
+Page {
+    id: root
+    objectName: "prDetailView"
+
+    required property var repo
+    required property var prNumber
+
+    // The visible tab; -1 means none chosen yet, which counts as the overview everywhere.
+    property int selectedTab: -1
+    readonly property int currentTab: selectedTab < 0 ? 0 : selectedTab
+    // The comment sheet opens to request changes instead of commenting.
+    property bool requestChangesMode: false
+    // The run whose re-run awaits confirmation; null when no confirmation is shown.
+    property var showRerunConfirm: null
+    property bool showMergeSuccess: false
+
+    readonly property PRDetailViewModel vm: detailModel
+    readonly property bool prIsOpen: vm.hasPr && String(vm.pr.state).toLowerCase() === "open"
+    // Disabled exactly when CI is red and the settings block merging then.
+    readonly property bool mergeEnabled: vm.mergeAllowed
+    // How long the "Merged" confirmation stays before the screen closes, in milliseconds.
+    property int mergedDisplayTime: 1200
+
+    readonly property alias reviewMenu: reviewMenu
+    readonly property alias mergeSheet: mergeSheet
+    readonly property alias commentSheet: commentSheet
+    readonly property alias closeConfirm: closeConfirm
+    readonly property alias rerunConfirm: rerunConfirm
+    readonly property alias errorAlert: errorAlert
+    readonly property alias busyOverlay: busyOverlay
+    readonly property alias mergedOverlay: mergedOverlay
+    readonly property alias tabBar: tabBar
+
+    function selectTab(index) {
+        selectedTab = index;
+    }
+
+    function openMergeSheet() {
+        mergeSheet.open();
+    }
+
+    function openCommentSheet(requestChanges) {
+        requestChangesMode = requestChanges;
+        commentSheet.open();
+    }
+
+    function approve() {
+        vm.startSubmitReview("approved", null);
+    }
+
+    function askToRerun(run) {
+        showRerunConfirm = run;
+        rerunConfirm.open();
+    }
+
+    // The merge sheet reported a merge: mark the inbox for a reload, show "Merged", then go back.
+    function mergeSucceeded() {
+        SettingsStore.inboxNeedsRefresh = true;
+        showMergeSuccess = true;
+        dismissTimer.start();
+    }
+
+    function dismiss() {
+        const stack = root.StackView.view;
+        if (stack && stack.currentItem === root)
+            stack.pop();
+    }
+
+    function openFile(file) {
+        root.StackView.view.push(diffScreen, {
+            "repo": root.repo,
+            "prNumber": root.prNumber,
+            "file": file
+        });
+    }
+
+    function openLogs(run, job) {
+        root.StackView.view.push(jobLogScreen, {
+            "repo": root.repo,
+            "runID": run.id,
+            "jobID": job.id,
+            "jobName": job.name
+        });
+    }
+
+    // Every appearance loads, also coming back from a diff or a job log.
+    StackView.onActivated: vm.reload()
+
+    background: Rectangle {
+        color: Theme.background
+    }
+
+    header: NavBar {
+        title: "#" + root.prNumber
+        showBack: true
+        onBack: root.dismiss()
+
+        NavButton {
+            objectName: "reloadButton"
+            visible: !root.vm.hasPr && root.vm.errorMessage !== ""
+            symbol: "arrow.clockwise"
+            Accessible.name: "Reload"
+            onClicked: root.vm.reload()
+        }
+        NavButton {
+            objectName: "mergeButton"
+            visible: root.prIsOpen
+            enabled: root.mergeEnabled
+            symbol: "arrow.triangle.merge"
+            Accessible.name: "Merge"
+            onClicked: root.openMergeSheet()
+        }
+        NavButton {
+            id: reviewButton
+            objectName: "reviewButton"
+            visible: root.prIsOpen
+            enabled: root.vm.busyMessage === ""
+            symbol: "checkmark.bubble"
+            Accessible.name: "Review"
+            onClicked: reviewMenu.popup(reviewButton, reviewButton.width - reviewMenu.width,
+                                        reviewButton.height)
+
+            Menu {
+                id: reviewMenu
+                objectName: "reviewMenu"
+                width: 220
+
+                MenuItem {
+                    objectName: "commentItem"
+                    text: "Comment"
+                    onTriggered: root.openCommentSheet(false)
+                }
+                MenuItem {
+                    objectName: "approveItem"
+                    text: "Approve"
+                    onTriggered: root.approve()
+                }
+                MenuItem {
+                    objectName: "requestChangesItem"
+                    text: "Request changes"
+                    onTriggered: root.openCommentSheet(true)
+                }
+                MenuSeparator {}
+                // "Close" while open; "Reopen" otherwise (the whole menu only shows for an open
+                // pull request, so this is "Close" in practice).
+                MenuItem {
+                    id: stateItem
+                    objectName: "closeItem"
+                    text: root.prIsOpen ? "Close" : "Reopen"
+                    onTriggered: {
+                        if (root.prIsOpen)
+                            closeConfirm.open();
+                        else
+                            root.vm.startSetState("open");
+                    }
+                    contentItem: Label {
+                        text: stateItem.text
+                        color: root.prIsOpen ? Theme.red : Theme.primaryText
+                        font.pixelSize: Theme.body
+                        verticalAlignment: Text.AlignVCenter
+                        leftPadding: 4
+                    }
+                }
+            }
+        }
+    }
+
+    PRDetailViewModel {
+        id: detailModel
+        repo: root.repo
+        prNumber: root.prNumber
+    }
+
+    ProgressState {
+        objectName: "loadingState"
+        anchors.fill: parent
+        visible: !root.vm.hasPr && root.vm.errorMessage === ""
+        text: "Loading…"
+    }
+
+    EmptyState {
+        objectName: "loadFailedState"
+        anchors.fill: parent
+        visible: !root.vm.hasPr && root.vm.errorMessage !== ""
+        title: "Couldn't load PR"
+        symbol: "exclamationmark.triangle"
+        description: root.vm.errorMessage
+    }
+
+    Item {
+        id: mainContent
+        objectName: "detailContent"
+        anchors.fill: parent
+        visible: root.vm.hasPr
+
+        Rectangle {
+            id: prHeader
+            objectName: "prHeader"
+            anchors.left: parent.left
+            anchors.right: parent.right
+            implicitHeight: headerColumn.implicitHeight + 24
+            color: Theme.secondaryBackground
+
+            ColumnLayout {
+                id: headerColumn
+                x: (parent.width - width) / 2
+                y: 12
+                width: Math.min(parent.width, Theme.maxContentWidth) - 2 * Theme.margin
+                spacing: 6
+
+                Label {
+                    objectName: "prTitle"
+                    Layout.fillWidth: true
+                    text: root.vm.hasPr ? root.vm.pr.title : ""
+                    wrapMode: Text.Wrap
+                    color: Theme.primaryText
+                    font.pixelSize: Theme.title3
+                    font.weight: Font.Bold
+                }
+                RowLayout {
+                    Layout.fillWidth: true
+                    spacing: 8
+                    Label {
+                        objectName: "prReference"
+                        // Its whole width, unless the line is too narrow for it and the badges.
+                        Layout.maximumWidth: Math.max(80, headerColumn.width - 150)
+                        text: (root.repo ? root.repo.full_name : "") + "#" + root.prNumber
+                        elide: Text.ElideMiddle
+                        color: Theme.secondaryText
+                        font.pixelSize: Theme.caption
+                    }
+                    CICircle {
+                        objectName: "headerCI"
+                        status: root.vm.ciStatus
+                    }
+                    ReviewBadge {
+                        objectName: "headerReview"
+                        visible: root.vm.reviewState !== ReviewState.Unknown
+                        state: root.vm.reviewState
+                    }
+                    Label {
+                        objectName: "headerDraft"
+                        visible: root.vm.hasPr && root.vm.pr.draft === true
+                        text: "Draft"
+                        color: Theme.secondaryText
+                        font.pixelSize: Theme.caption2
+                    }
+                    Item {
+                        Layout.fillWidth: true
+                    }
+                }
+            }
+        }
+
+        StackLayout {
+            id: tabs
+            objectName: "tabContent"
+            anchors.top: prHeader.bottom
+            anchors.left: parent.left
+            anchors.right: parent.right
+            anchors.bottom: parent.bottom
+            currentIndex: root.currentTab
+
+            // The tab change fades the new tab in.
+            onCurrentIndexChanged: fadeIn.restart()
+            NumberAnimation {
+                id: fadeIn
+                target: tabs
+                property: "opacity"
+                from: 0.4
+                to: 1
+                duration: 180
+                easing.type: Easing.OutQuad
+            }
+
+            OverviewTab {
+                objectName: "overviewTab"
+                vm: root.vm
+                bottomInset: tabBar.height + 24
+            }
+            ConversationTab {
+                objectName: "conversationTab"
+                vm: root.vm
+                bottomInset: tabBar.height + 24
+            }
+            FilesTab {
+                objectName: "filesTab"
+                vm: root.vm
+                bottomInset: tabBar.height + 24
+                onOpenFile: file => root.openFile(file)
+            }
+            ChecksTab {
+                objectName: "checksTab"
+                vm: root.vm
+                bottomInset: tabBar.height + 24
+                onRerun: run => root.askToRerun(run)
+                onOpenLogs: (run, job) => root.openLogs(run, job)
+            }
+        }
+
+        DetailTabBar {
+            id: tabBar
+            objectName: "tabBar"
+            anchors.horizontalCenter: parent.horizontalCenter
+            anchors.bottom: parent.bottom
+            anchors.bottomMargin: 8
+            width: Math.min(parent.width - 40, 520)
+            currentIndex: root.currentTab
+            onTabSelected: index => root.selectTab(index)
+        }
+    }
+
+    AppDialog {
+        id: errorAlert
+        objectName: "detailErrorAlert"
+        title: "Error"
+        message: root.vm.errorMessage
+        acceptText: "OK"
+        onClosed: root.vm.clearErrorMessage()
+    }
+
+    Connections {
+        target: root.vm
+        function onErrorMessageChanged() {
+            if (root.vm.errorMessage !== "" && !errorAlert.visible)
+                errorAlert.open();
+        }
+    }
+
+    AppDialog {
+        id: closeConfirm
+        objectName: "closeConfirm"
+        title: "Close this PR?"
+        message: "This will close the pull request."
+        acceptText: "Close"
+        rejectText: "Cancel"
+        destructive: true
+        onAccepted: root.vm.startSetState("closed")
+    }
+
+    AppDialog {
+        id: rerunConfirm
+        objectName: "rerunConfirm"
+        title: "Re-run workflow?"
+        message: root.showRerunConfirm
+                 ? "Re-run \"" + (root.showRerunConfirm.name !== undefined ? root.showRerunConfirm.name
+                                                                          : "workflow") + "\"?"
+                 : ""
+        acceptText: "Re-run"
+        rejectText: "Cancel"
+        onAccepted: {
+            root.vm.startRerun(root.showRerunConfirm.id);
+            root.showRerunConfirm = null;
+        }
+        onRejected: root.showRerunConfirm = null
+    }
+
+    MergeSheet {
+        id: mergeSheet
+        objectName: "mergeSheet"
+        vm: root.vm
+        onSucceeded: root.mergeSucceeded()
+    }
+
+    CommentSheet {
+        id: commentSheet
+        objectName: "commentSheet"
+        vm: root.vm
+        mode: root.requestChangesMode ? CommentSheet.RequestChanges : CommentSheet.Comment
+        onClosed: root.requestChangesMode = false
+    }
+
+    BusyOverlay {
+        id: busyOverlay
+        objectName: "busyOverlay"
+        message: root.vm.busyMessage
+        suppressed: mergeSheet.visible
+    }
+
+    MergedOverlay {
+        id: mergedOverlay
+        objectName: "mergedOverlay"
+        shown: root.showMergeSuccess
+    }
+
+    Timer {
+        id: dismissTimer
+        interval: root.mergedDisplayTime
+        onTriggered: root.dismiss()
+    }
+
+    Component {
+        id: diffScreen
+        DiffView {}
+    }
+
+    Component {
+        id: jobLogScreen
+        JobLogsView {}
+    }
+}

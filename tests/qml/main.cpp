@@ -1,0 +1,51 @@
+// The screens' tests: Qt Quick Test files (tst_*.qml) run against the app's QML module, offscreen,
+// with the simulated Gitea of tests/data/gitea/seed.json as `gitea`.
+//
+// Storage: with KESTRINE_TEST_KEYCHAIN=1 (tests registered with KEYRING) the app's stores are the
+// real ones of run-isolated's private home and keyring; otherwise the process uses the app's
+// ephemeral storage, as the demo does, and needs no session bus.
+
+#include "storagemode.h"
+#include "testgitea.h"
+
+#include <QCoreApplication>
+#include <QQmlContext>
+#include <QQmlEngine>
+#include <QQuickStyle>
+#include <QtQml/qqmlextensionplugin.h>
+#include <QtQuickTest>
+
+Q_IMPORT_QML_PLUGIN(KestrinePlugin)
+
+class Setup : public QObject
+{
+    Q_OBJECT
+
+public slots:
+    void applicationAvailable()
+    {
+        QCoreApplication::setOrganizationName(QStringLiteral("norrum"));
+        QCoreApplication::setApplicationName(QStringLiteral("kestrine"));
+        QCoreApplication::setOrganizationDomain(QStringLiteral("norrum.com"));
+        QQuickStyle::setStyle(QStringLiteral("Material"));
+        if (qEnvironmentVariableIntValue("KESTRINE_TEST_KEYCHAIN") != 1 &&
+            !kestrine::Storage::useEphemeral())
+            qFatal("The tests' private storage could not be set up.");
+        m_gitea = new kestrine::testing::TestGitea(this);
+        if (!m_gitea->start())
+            qFatal("The simulated Gitea did not start.");
+    }
+
+    void qmlEngineAvailable(QQmlEngine *engine)
+    {
+        engine->addImportPath(QStringLiteral("qrc:/qt/qml"));
+        engine->rootContext()->setContextProperty(QStringLiteral("gitea"), m_gitea);
+    }
+
+private:
+    kestrine::testing::TestGitea *m_gitea = nullptr;
+};
+
+QUICK_TEST_MAIN_WITH_SETUP(kestrine_screens, Setup)
+
+#include "main.moc"

@@ -1,0 +1,114 @@
+#include "testgitea.h"
+
+#include "defaultsstore.h"
+#include "fixtures.h"
+#include "keychainhelper.h"
+#include "logstore.h"
+#include "settingsstore.h"
+
+#include <QFile>
+
+namespace kestrine::testing {
+namespace {
+
+const QString viewerToken = QStringLiteral("4f1c9e2d7a6b5c3d8e0f1a2b3c4d5e6f7a8b9c0d");
+
+} // namespace
+
+TestGitea::TestGitea(QObject *parent)
+    : QObject(parent)
+{}
+
+TestGitea::~TestGitea()
+{
+    m_simulation.reset();
+    m_server.reset();
+}
+
+bool TestGitea::start()
+{
+    m_server = std::make_unique<FakeGiteaServer>();
+    if (!m_server->listen())
+        return false;
+    reset();
+    return m_simulation && m_simulation->isValid();
+}
+
+QString TestGitea::url() const
+{
+    return m_server ? m_server->baseUrl().toString() : QString();
+}
+
+QString TestGitea::token() const
+{
+    return viewerToken;
+}
+
+void TestGitea::configure()
+{
+    SettingsStore::shared()->setInstanceURL(url());
+    SettingsStore::shared()->setToken(viewerToken);
+}
+
+void TestGitea::answer(const QString &method, const QString &path, int status, const QString &body,
+                       int delayMs)
+{
+    FakeResponse response = FakeResponse::json(body.toUtf8(), status);
+    response.delay = std::chrono::milliseconds(delayMs);
+    m_server->route(method.toLatin1(), path, response);
+}
+
+void TestGitea::reset()
+{
+    m_simulation.reset();
+    m_server->clearRoutes();
+    m_server->clearRequests();
+    m_simulation =
+        std::make_unique<GiteaSimulation>(fixtures::read(QStringLiteral("gitea/seed.json")));
+    m_simulation->install(m_server.get());
+}
+
+int TestGitea::requestCount(const QString &method, const QString &path) const
+{
+    return int(m_server->requests(method.toLatin1(), path).size());
+}
+
+QString TestGitea::lastBody(const QString &method, const QString &path) const
+{
+    const QList<RecordedRequest> requests = m_server->requests(method.toLatin1(), path);
+    return requests.isEmpty() ? QString() : QString::fromUtf8(requests.constLast().body);
+}
+
+QVariant TestGitea::keychainValue(const QString &key) const
+{
+    const std::optional<QString> value = KeychainHelper::get(key);
+    return value ? QVariant(*value) : QVariant();
+}
+
+int TestGitea::storedLogCount() const
+{
+    return LogStore().count();
+}
+
+bool TestGitea::hasStoredLog() const
+{
+    return defaultsStore().contains(QString(LogStore::persistKey));
+}
+
+void TestGitea::log(const QString &message) const
+{
+    LogStore::shared()->log(LogLevel::Info, message);
+}
+
+QUrl TestGitea::temporaryFileUrl(const QString &name) const
+{
+    return QUrl::fromLocalFile(m_folder.filePath(name));
+}
+
+QString TestGitea::readFile(const QUrl &fileUrl) const
+{
+    QFile file(fileUrl.toLocalFile());
+    return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
+}
+
+} // namespace kestrine::testing

@@ -1,0 +1,70 @@
+#pragma once
+
+#include "fakegiteaserver.h"
+#include "giteasimulation.h"
+
+#include <QObject>
+#include <QTemporaryDir>
+#include <QVariant>
+#include <memory>
+
+namespace kestrine::testing {
+
+/// What the screen tests reach as `gitea`: the simulated Gitea of tests/data/gitea/seed.json on
+/// 127.0.0.1, the shared settings pointed at it, answers a test scripts over the simulation's, and
+/// what the app left in its stores.
+class TestGitea : public QObject
+{
+    Q_OBJECT
+    Q_PROPERTY(QString url READ url CONSTANT)
+    Q_PROPERTY(QString token READ token CONSTANT)
+
+public:
+    explicit TestGitea(QObject *parent = nullptr);
+    ~TestGitea() override;
+
+    /// Starts the server; false when the seed cannot be read or no port opened.
+    bool start();
+
+    QString url() const;
+    /// The seed's token of its viewer, "ann".
+    QString token() const;
+
+    /// Points the shared settings at this server, signed in as ann.
+    Q_INVOKABLE void configure();
+
+    /// From now on `method` requests for `path` (e.g. "/api/v1/repos/ann/tool/pulls/9/files")
+    /// get this answer instead of the simulation's; `delayMs` holds it back.
+    Q_INVOKABLE void answer(const QString &method, const QString &path, int status,
+                            const QString &body, int delayMs = 0);
+    /// Back to the simulation's answers, with its state as the seed has it, and no requests
+    /// recorded.
+    Q_INVOKABLE void reset();
+
+    /// How many `method` requests for `path` arrived (the path as decoded, without the query).
+    Q_INVOKABLE int requestCount(const QString &method, const QString &path) const;
+    /// The body of the last such request; "" when there was none.
+    Q_INVOKABLE QString lastBody(const QString &method, const QString &path) const;
+
+    /// What the keychain holds under `key`: a text, or null when there is no item.
+    Q_INVOKABLE QVariant keychainValue(const QString &key) const;
+    /// The number of entries a log read afresh from the defaults store holds, as after a
+    /// restart; and whether the store holds a log at all.
+    Q_INVOKABLE int storedLogCount() const;
+    Q_INVOKABLE bool hasStoredLog() const;
+    /// Appends a line to the shared log.
+    Q_INVOKABLE void log(const QString &message) const;
+
+    /// A file URL in a folder of this test run, and what a file holds.
+    Q_INVOKABLE QUrl temporaryFileUrl(const QString &name) const;
+    Q_INVOKABLE QString readFile(const QUrl &fileUrl) const;
+    /// `text` with every ESC character, for building escape sequences in QML.
+    Q_INVOKABLE QString escape() const { return QStringLiteral("\x1b"); }
+
+private:
+    std::unique_ptr<FakeGiteaServer> m_server;
+    std::unique_ptr<GiteaSimulation> m_simulation;
+    QTemporaryDir m_folder;
+};
+
+} // namespace kestrine::testing

@@ -1,0 +1,397 @@
+import QtQuick
+import QtQuick.Controls
+import QtTest
+import Kestrine
+
+// The pull request detail screen: its toolbar for open and closed pull requests, the merge gate
+// on its merge button, the swipe on the tab bar, the checks and files tabs, the conversation, and
+// the confirmation after a merge.
+Item {
+    id: root
+    width: 390
+    height: 844
+
+    Component {
+        id: screen
+        StackView {
+            width: root.width
+            height: root.height
+            initialItem: InboxView {}
+        }
+    }
+
+    TestCase {
+        id: test
+        name: "DetailScreen"
+        when: windowShown
+
+        property var stack: null
+
+        function find(parent, name) {
+            return findChild(parent, name);
+        }
+
+        function init() {
+            gitea.reset();
+            gitea.configure();
+            SettingsStore.mergeGateMode = SettingsStore.Warn;
+            SettingsStore.inboxNeedsRefresh = false;
+            stack = createTemporaryObject(screen, root);
+            const inbox = stack.currentItem;
+            tryVerify(() => inbox.didInitialLoad && !inbox.vm.isLoading, 5000);
+        }
+
+        // Opens pull request `number` of ann/tool from the inbox and waits until it has loaded.
+        function openPullRequest(number) {
+            const inbox = stack.get(0);
+            const rows = inbox.vm.displayedRows;
+            let row = rows.find(r => r.pr.number === number);
+            if (!row) {
+                // Not in the inbox (closed): the same repository, that number.
+                const any = rows.find(r => r.repo.full_name === "ann/tool");
+                row = { repo: any.repo, pr: { number: number } };
+            }
+            inbox.openRow(row);
+            tryCompare(stack, "depth", 2);
+            tryVerify(() => !stack.busy);
+            const detail = stack.currentItem;
+            tryVerify(() => detail.vm.hasPr && !detail.vm.isLoading && !detail.vm.isActionsLoading, 5000);
+            return detail;
+        }
+
+        // Shows tab `index` and lets the screen lay it out before anything is tapped on it.
+        function showTab(detail, index) {
+            detail.selectTab(index);
+            waitForItemPolished(find(detail, "tabContent"));
+            wait(50);
+        }
+
+        // Drags across the tab bar by `dx` points (negative: to the left) and lets go.
+        function swipe(detail, dx) {
+            const bar = detail.tabBar;
+            const x = bar.width / 2;
+            const y = bar.height / 2;
+            const steps = 8;
+            mousePress(bar, x, y);
+            for (let i = 1; i <= steps; ++i)
+                mouseMove(bar, x + dx * i / steps, y, 16);
+            mouseRelease(bar, x + dx, y, Qt.LeftButton, Qt.NoModifier, 16);
+            wait(50);
+        }
+
+        function test_openPullRequestOffersMergeAndTheReviewMenu() {
+            const detail = openPullRequest(7);
+            verify(detail.prIsOpen);
+            compare(find(stack, "backButton") !== null, true);
+            verify(find(detail, "mergeButton").visible);
+            verify(find(detail, "mergeButton").enabled);
+            verify(find(detail, "reviewButton").visible);
+            compare(detail.header.title, "#7");
+            compare(find(detail, "prTitle").text, "Add retry to the release uploader");
+            compare(find(detail, "prReference").text, "ann/tool#7");
+        }
+
+        function test_closedOrMergedPullRequestHasNoMergeButtonAndNoReviewMenu() {
+            const detail = openPullRequest(6);
+            verify(!detail.prIsOpen);
+            verify(!find(detail, "mergeButton").visible);
+            verify(!find(detail, "reviewButton").visible);
+            // The tabs still work...
+            showTab(detail, 2);
+            compare(find(detail, "tabContent").currentIndex, 2);
+            verify(find(detail, "fileList").visible);
+            // ...and so does pulling down.
+            const before = gitea.requestCount("GET", "/api/v1/repos/ann/tool/pulls/6");
+            const overview = find(detail, "overviewTab");
+            showTab(detail, 0);
+            const flick = overview.flickable;
+            mousePress(flick, flick.width / 2, 40);
+            for (let step = 1; step <= 12; ++step)
+                mouseMove(flick, flick.width / 2, 40 + step * 20, 16);
+            mouseRelease(flick, flick.width / 2, 280, Qt.LeftButton, Qt.NoModifier, 16);
+            tryVerify(() => gitea.requestCount("GET", "/api/v1/repos/ann/tool/pulls/6") === before + 1, 5000);
+        }
+
+        function test_mergeButtonWithRedCI_data() {
+            return [
+                { tag: "block", mode: SettingsStore.Block, enabled: false },
+                { tag: "warn", mode: SettingsStore.Warn, enabled: true }
+            ];
+        }
+
+        function test_mergeButtonWithRedCI(data) {
+            SettingsStore.mergeGateMode = data.mode;
+            const detail = openPullRequest(9);
+            compare(detail.vm.ciStatus, CIStatus.Failure);
+            const merge = find(detail, "mergeButton");
+            verify(merge.visible);
+            compare(merge.enabled, data.enabled);
+        }
+
+        function test_switchingTheModeChangesTheMergeButtonWithoutReloading() {
+            SettingsStore.mergeGateMode = SettingsStore.Block;
+            const detail = openPullRequest(9);
+            const loads = gitea.requestCount("GET", "/api/v1/repos/ann/tool/pulls/9");
+            verify(!find(detail, "mergeButton").enabled);
+            SettingsStore.mergeGateMode = SettingsStore.Warn;
+            verify(find(detail, "mergeButton").enabled);
+            compare(gitea.requestCount("GET", "/api/v1/repos/ann/tool/pulls/9"), loads);
+        }
+
+        function test_reviewMenuIsDisabledWhileAnActionRuns() {
+            const detail = openPullRequest(7);
+            gitea.answer("POST", "/api/v1/repos/ann/tool/pulls/7/reviews", 500, "{\"message\":\"no\"}", 600);
+            detail.approve();
+            tryCompare(detail.vm, "busyMessage", "Submitting…");
+            verify(!find(detail, "reviewButton").enabled);
+            tryVerify(() => detail.busyOverlay.visible);
+            compare(find(detail.busyOverlay.contentItem, "busyText").text, "Submitting…");
+            tryCompare(detail.vm, "busyMessage", "", 5000);
+            verify(find(detail, "reviewButton").enabled);
+            tryVerify(() => !detail.busyOverlay.visible);
+            // The failure reaches the error alert.
+            tryVerify(() => detail.errorAlert.visible);
+            compare(detail.errorAlert.title, "Error");
+            detail.errorAlert.close();
+            tryCompare(detail.vm, "errorMessage", "");
+        }
+
+        function test_busyOverlayTakesEveryTouch() {
+            const detail = openPullRequest(7);
+            gitea.answer("POST", "/api/v1/repos/ann/tool/pulls/7/reviews", 500, "{}", 800);
+            detail.approve();
+            tryVerify(() => detail.busyOverlay.opened);
+            // A tap on a tab beneath the layer does not reach it.
+            mouseClick(find(detail, "tab_Files"));
+            compare(detail.currentTab, 0);
+            tryCompare(detail.vm, "busyMessage", "", 5000);
+        }
+
+        function test_leftSwipeOfMoreThan40GoesFromOverviewToConversation() {
+            const detail = openPullRequest(7);
+            compare(detail.selectedTab, -1);
+            swipe(detail, -41);
+            compare(detail.selectedTab, 1);
+            compare(find(detail, "tabContent").currentIndex, 1);
+            swipe(detail, -80);
+            compare(detail.selectedTab, 2);
+            swipe(detail, 60);
+            compare(detail.selectedTab, 1);
+        }
+
+        function test_rightSwipeOnOverviewDoesNothing() {
+            const detail = openPullRequest(7);
+            swipe(detail, 80);
+            compare(detail.currentTab, 0);
+            compare(detail.tabBar.lastSwipe, 80);
+        }
+
+        function test_leftSwipeOnChecksDoesNothing() {
+            const detail = openPullRequest(7);
+            showTab(detail, 3);
+            swipe(detail, -80);
+            compare(detail.currentTab, 3);
+            compare(detail.tabBar.lastSwipe, -80);
+        }
+
+        function test_swipeOfExactly40DoesNothing_data() {
+            return [{ tag: "left", dx: -40 }, { tag: "right", dx: 40 }];
+        }
+
+        function test_swipeOfExactly40DoesNothing(data) {
+            const detail = openPullRequest(7);
+            showTab(detail, 1);
+            swipe(detail, data.dx);
+            // The swipe was seen, at exactly 40, and did nothing.
+            compare(detail.tabBar.lastSwipe, data.dx);
+            compare(detail.currentTab, 1);
+        }
+
+        function test_tappingATabSelectsIt() {
+            const detail = openPullRequest(7);
+            mouseClick(find(detail, "tab_Checks"));
+            compare(detail.selectedTab, 3);
+            mouseClick(find(detail, "tab_Overview"));
+            compare(detail.selectedTab, 0);
+        }
+
+        function test_runWithoutANameShowsWorkflowInItsCardAndTheRerunMessage() {
+            const detail = openPullRequest(9);
+            showTab(detail, 3);
+            const card = find(detail, "runCard_39");
+            verify(card);
+            compare(find(card, "runName").text, "workflow");
+            const rerun = find(find(card, "jobRow_98"), "rerunButton");
+            verify(rerun.visible);
+            mouseClick(rerun);
+            tryVerify(() => detail.rerunConfirm.opened);
+            compare(detail.rerunConfirm.title, "Re-run workflow?");
+            compare(detail.rerunConfirm.message, "Re-run \"workflow\"?");
+            detail.rerunConfirm.reject();
+            tryVerify(() => !detail.rerunConfirm.visible);
+            compare(detail.showRerunConfirm, null);
+            compare(gitea.requestCount("POST", "/api/v1/repos/ann/tool/actions/runs/39/rerun"), 0);
+        }
+
+        function test_rerunMessageNamesANamedRunAndConfirmingReRunsIt() {
+            gitea.answer("GET", "/api/v1/repos/ann/tool/actions/runs", 200,
+                         JSON.stringify({ total_count: 1, workflow_runs: [
+                             { id: 39, name: "build", status: "completed", conclusion: "failure" }] }));
+            const detail = openPullRequest(9);
+            showTab(detail, 3);
+            const card = find(detail, "runCard_39");
+            compare(find(card, "runName").text, "build");
+            mouseClick(find(find(card, "jobRow_98"), "rerunButton"));
+            tryVerify(() => detail.rerunConfirm.opened);
+            compare(detail.rerunConfirm.message, "Re-run \"build\"?");
+            detail.rerunConfirm.accept();
+            tryVerify(() => gitea.requestCount("POST", "/api/v1/repos/ann/tool/actions/runs/39/rerun") === 1, 5000);
+        }
+
+        function test_waitingJobThatFailedOffersRerunButNoLogs() {
+            gitea.answer("GET", "/api/v1/repos/ann/tool/actions/runs/39/jobs", 200,
+                         JSON.stringify({ total_count: 1, jobs: [
+                             { id: 98, name: "test", status: "waiting", conclusion: "failure" }] }));
+            const detail = openPullRequest(9);
+            showTab(detail, 3);
+            const row = find(detail, "jobRow_98");
+            verify(row);
+            compare(find(row, "jobStatus").status, CIStatus.Failure);
+            verify(find(row, "rerunButton").visible);
+            verify(!find(row, "logsButton").visible);
+        }
+
+        function test_finishedJobsOfferTheirLogs() {
+            const detail = openPullRequest(9);
+            showTab(detail, 3);
+            const passed = find(detail, "jobRow_97");
+            verify(find(passed, "logsButton").visible);
+            verify(!find(passed, "rerunButton").visible);
+            mouseClick(find(passed, "logsButton"));
+            tryCompare(stack, "depth", 3);
+            compare(stack.currentItem.objectName, "jobLogsView");
+            compare(stack.currentItem.jobID, 97);
+            compare(stack.currentItem.jobName, "build");
+        }
+
+        function test_fileStatusMarksAreCaseSensitive() {
+            gitea.answer("GET", "/api/v1/repos/ann/tool/pulls/7/files", 200, JSON.stringify([
+                { filename: "Added.txt", status: "Added", additions: 1, deletions: 0 },
+                { filename: "added.txt", status: "added", additions: 2, deletions: 0 },
+                { filename: "removed.txt", status: "removed", additions: 0, deletions: 3 },
+                { filename: "renamed.txt", status: "renamed", additions: 0, deletions: 0 },
+                { filename: "changed.txt", status: "changed", additions: 4, deletions: 5 },
+                { filename: "nostatus.txt", additions: 0, deletions: 0 }
+            ]));
+            const detail = openPullRequest(7);
+            showTab(detail, 2);
+            const expected = { "Added.txt": "✎", "added.txt": "＋", "removed.txt": "－",
+                               "renamed.txt": "→", "changed.txt": "✎", "nostatus.txt": "✎" };
+            const list = find(detail, "fileList");
+            tryCompare(list, "count", 6);
+            for (const name in expected) {
+                const row = find(list, "fileRow_" + name);
+                verify(row, name);
+                compare(find(row, "statusMark").text, expected[name], name);
+            }
+            const changed = find(list, "fileRow_changed.txt");
+            compare(find(changed, "additions").text, "+4");
+            compare(find(changed, "deletions").text, "\u22125");
+        }
+
+        function test_tappingAFileOpensItsDiff() {
+            const detail = openPullRequest(7);
+            showTab(detail, 2);
+            const row = find(detail, "fileRow_uploader/retry.go");
+            mouseClick(row);
+            tryCompare(stack, "depth", 3);
+            compare(stack.currentItem.objectName, "diffView");
+            compare(stack.currentItem.file.filename, "uploader/retry.go");
+            // Coming back loads the pull request again.
+            const loads = gitea.requestCount("GET", "/api/v1/repos/ann/tool/pulls/7");
+            stack.pop();
+            tryVerify(() => gitea.requestCount("GET", "/api/v1/repos/ann/tool/pulls/7") === loads + 1);
+        }
+
+        function test_reviewWithoutAUserShowsUnknownAsAuthor() {
+            gitea.answer("GET", "/api/v1/repos/ann/tool/pulls/7/reviews", 200, JSON.stringify([
+                { id: 1, state: "APPROVED", body: "Fine by me." },
+                { id: 2, state: "REQUEST_CHANGES", user: { login: "bo" } },
+                { id: 3, state: "COMMENT", user: { login: "cy" }, body: "Hm." }
+            ]));
+            const detail = openPullRequest(7);
+            showTab(detail, 1);
+            const tab = find(detail, "conversationTab");
+            const lines = [];
+            for (const item of findAll(tab, "reviewLine"))
+                lines.push(item.text);
+            compare(lines, ["✅ unknown approved", "🔴 bo requested changes", "💬 cy reviewed"]);
+        }
+
+        function test_conversationWithoutCommentsSaysSo() {
+            gitea.answer("GET", "/api/v1/repos/ann/tool/issues/7/comments", 200, "[]");
+            gitea.answer("GET", "/api/v1/repos/ann/tool/pulls/7/reviews", 200, "[]");
+            const detail = openPullRequest(7);
+            showTab(detail, 1);
+            verify(find(detail, "noComments").visible);
+            verify(!find(detail, "reviewsHeading").visible);
+        }
+
+        function test_afterASuccessfulMergeTheMergedOverlayShowsFor1200msThenTheScreenCloses() {
+            const detail = openPullRequest(7);
+            compare(detail.mergedDisplayTime, 1200);
+            // The moments things happen, taken as they happen.
+            let shownAt = 0;
+            let hiddenEarly = false;
+            let closedAt = 0;
+            let overlayVisibleWhenClosing = false;
+            detail.showMergeSuccessChanged.connect(() => {
+                if (detail.showMergeSuccess)
+                    shownAt = Date.now();
+            });
+            detail.mergedOverlay.visibleChanged.connect(() => {
+                if (!detail.mergedOverlay.visible && closedAt === 0)
+                    hiddenEarly = true;
+            });
+            stack.depthChanged.connect(() => {
+                if (closedAt === 0) {
+                    closedAt = Date.now();
+                    overlayVisibleWhenClosing = detail.mergedOverlay.visible;
+                }
+            });
+
+            detail.openMergeSheet();
+            tryVerify(() => detail.mergeSheet.opened);
+            mouseClick(find(detail.mergeSheet.contentItem, "mergeConfirmButton"));
+            tryVerify(() => shownAt > 0, 5000);
+            verify(detail.mergedOverlay.visible);
+            compare(find(detail.mergedOverlay.contentItem, "mergedText").text, "Merged");
+            verify(SettingsStore.inboxNeedsRefresh);
+            tryVerify(() => !detail.mergeSheet.visible);
+
+            // Back on the inbox once the time is over, with the overlay shown all along.
+            tryCompare(stack, "depth", 1, 5000);
+            verify(overlayVisibleWhenClosing);
+            verify(!hiddenEarly);
+            // A QML timer may run up to 5 % short; it never closes the screen much sooner.
+            verify(closedAt - shownAt >= 1140, "closed after " + (closedAt - shownAt) + " ms");
+            verify(closedAt - shownAt < 3000, "closed after " + (closedAt - shownAt) + " ms");
+        }
+
+        // findChildren by object name, depth first.
+        function findAll(parent, name) {
+            const found = [];
+            const visit = item => {
+                if (!item)
+                    return;
+                if (item.objectName === name)
+                    found.push(item);
+                const children = item.children || [];
+                for (let i = 0; i < children.length; ++i)
+                    visit(children[i]);
+            };
+            visit(parent);
+            return found;
+        }
+    }
+}
