@@ -3,16 +3,18 @@ import QtQuick.Controls
 import QtQuick.Layouts
 import Kestrine
 
-// A form row with a label and an on/off switch.
+// A form row with a label and an on/off switch. Tapping the row or the switch asks for the other
+// state through toggled(); whoever owns the value sets `checked`.
 FormRow {
     id: root
 
     property string text
-    property alias checked: toggle.checked
-    readonly property alias toggle: toggle
+    property bool checked: false
+
+    signal toggled(bool checked)
 
     clickable: true
-    onClicked: toggle.toggle()
+    onClicked: root.toggled(!root.checked)
 
     Label {
         Layout.fillWidth: true
@@ -22,7 +24,8 @@ FormRow {
         wrapMode: Text.Wrap
     }
     Switch {
-        id: toggle
+        checked: root.checked
         Accessible.name: root.text
+        onToggled: root.toggled(checked)
     }
 }

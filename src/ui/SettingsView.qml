@@ -230,7 +230,7 @@ Page {
                     objectName: "deleteBranchRow"
                     text: "Delete branch after merge"
                     checked: root.deleteBranchAfterMerge
-                    toggle.onToggled: root.deleteBranchAfterMerge = toggle.checked
+                    onToggled: on => root.deleteBranchAfterMerge = on
                 }
             }
 
@@ -255,7 +255,7 @@ Page {
                     objectName: "notificationsRow"
                     text: "Notifications"
                     checked: root.notificationsEnabled
-                    toggle.onToggled: root.notificationsEnabled = toggle.checked
+                    onToggled: on => root.notificationsEnabled = on
                 }
             }
 

@@ -95,9 +95,12 @@ bool TestGitea::hasStoredLog() const
     return defaultsStore().contains(QString(LogStore::persistKey));
 }
 
-void TestGitea::log(const QString &message) const
+void TestGitea::log(const QString &message, const QString &level) const
 {
-    LogStore::shared()->log(LogLevel::Info, message);
+    const LogLevel logLevel = level == u"ERROR"  ? LogLevel::Error
+                              : level == u"WARN" ? LogLevel::Warn
+                                                 : LogLevel::Info;
+    LogStore::shared()->log(logLevel, message);
 }
 
 QUrl TestGitea::temporaryFileUrl(const QString &name) const

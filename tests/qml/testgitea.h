@@ -52,8 +52,9 @@ public:
     /// restart; and whether the store holds a log at all.
     Q_INVOKABLE int storedLogCount() const;
     Q_INVOKABLE bool hasStoredLog() const;
-    /// Appends a line to the shared log.
-    Q_INVOKABLE void log(const QString &message) const;
+    /// Appends a line to the shared log at "INFO", "WARN" or "ERROR".
+    Q_INVOKABLE void log(const QString &message,
+                         const QString &level = QStringLiteral("INFO")) const;
 
     /// A file URL in a folder of this test run, and what a file holds.
     Q_INVOKABLE QUrl temporaryFileUrl(const QString &name) const;

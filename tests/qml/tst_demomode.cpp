@@ -1,0 +1,141 @@
+// `kestrine --demo` as the app runs it: the window opens on the demo inbox, and using the app —
+// loading, saving settings, opening a pull request — leaves the user's keychain, defaults file
+// and caches exactly as they were. Runs against the real Secret Service of run-isolated --keyring
+// and the private XDG folders, filled as an earlier normal run would have left them.
+
+#include "app.h"
+#include "demoinstance.h"
+#include "keychainhelper.h"
+#include "logstore.h"
+#include "notificationpass.h"
+#include "settingsstore.h"
+#include "storagemode.h"
+#include "tst_keychainprobe.h"
+
+#include <QDir>
+#include <QFile>
+#include <QQuickItem>
+#include <QQuickWindow>
+#include <QStandardPaths>
+#include <QtTest>
+
+using namespace kestrine;
+using kestrine::testing::SecretServiceProbe;
+
+namespace {
+
+const QString savedURL = QStringLiteral("https://git.example.org");
+const QString savedToken = QStringLiteral("saved-token-0123");
+const QByteArray savedDefaults =
+    R"({"monitoredRepos": ["team/app"], "notificationsEnabled": false})"
+    "\n";
+const QByteArray savedInbox = "[]";
+
+QString userDefaultsPath()
+{
+    return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) +
+           QStringLiteral("/norrum/kestrine.json");
+}
+
+QString userCacheFolder()
+{
+    return QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation) +
+           QStringLiteral("/norrum/kestrine");
+}
+
+void writeFile(const QString &path, const QByteArray &bytes)
+{
+    QDir().mkpath(QFileInfo(path).path());
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    QCOMPARE(file.write(bytes), bytes.size());
+}
+
+QByteArray readFile(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<missing>");
+}
+
+QByteArray storedSecret(const QString &key)
+{
+    const auto items = SecretServiceProbe::items(QString(KeychainHelper::service), key);
+    if (!items || items->size() != 1)
+        return QByteArray("<no single item>");
+    return SecretServiceProbe::secret(items->constFirst()).value_or("<unreadable>");
+}
+
+QObject *child(QObject *root, const char *name)
+{
+    const QList<QObject *> all = root->findChildren<QObject *>(QString::fromLatin1(name));
+    return all.isEmpty() ? nullptr : all.constLast();
+}
+
+} // namespace
+
+class TestDemoMode : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase()
+    {
+        KeychainHelper::set(savedURL, QString(SettingsStore::instanceURLKey));
+        KeychainHelper::set(savedToken, QString(SettingsStore::tokenKey));
+        writeFile(userDefaultsPath(), savedDefaults);
+        writeFile(userCacheFolder() + QStringLiteral("/inbox.json"), savedInbox);
+    }
+
+    void theDemoOpensOnItsInboxAndLeavesTheUsersStoresAlone()
+    {
+        KestrineApp app({.demo = true});
+        QVERIFY2(app.start(), qPrintable(app.errorString()));
+        QVERIFY(Storage::isEphemeral());
+        QVERIFY(app.demo());
+
+        // One window, at phone size, on the inbox; the settings point at the demo instance.
+        QQuickWindow *window = app.window();
+        QVERIFY(window);
+        QCOMPARE(window->size(), QSize(390, 844));
+        QCOMPARE(app.engine().rootObjects().size(), 1);
+        QCOMPARE(SettingsStore::shared()->instanceURL(), app.demo()->url().toString());
+        QVERIFY(NotificationPass::installed());
+        QObject *inbox = child(window, "inboxView");
+        QVERIFY(inbox);
+        QObject *model = inbox->property("vm").value<QObject *>();
+        QTRY_VERIFY_WITH_TIMEOUT(model->property("count").toInt() >= 5, 5000);
+        QTRY_VERIFY(!model->property("isLoading").toBool());
+
+        // Use it: change and save settings through the settings screen, open a pull request.
+        QMetaObject::invokeMethod(inbox, "openSettings");
+        QObject *settings = nullptr;
+        QTRY_VERIFY((settings = child(window, "settingsView")));
+        settings->setProperty("mergeGateMode", int(MergeGateMode::Block));
+        settings->setProperty("notificationsEnabled", true);
+        settings->setProperty("monitoredRepos", QStringList{QStringLiteral("norrum/harbor")});
+        QMetaObject::invokeMethod(settings, "save");
+        QCOMPARE(SettingsStore::shared()->mergeGateMode(), MergeGateMode::Block);
+        QCOMPARE(SettingsStore::shared()->token(), app.demo()->token());
+        QMetaObject::invokeMethod(model, "reload");
+        QTRY_VERIFY(!model->property("isLoading").toBool());
+        QCOMPARE(model->property("count").toInt(), 3);
+        const QVariant row = model->property("displayedRows").toList().value(0);
+        QMetaObject::invokeMethod(inbox, "openRow", Q_ARG(QVariant, row));
+        QObject *detail = nullptr;
+        QTRY_VERIFY((detail = child(window, "prDetailView")));
+        QObject *detailModel = detail->property("vm").value<QObject *>();
+        QTRY_VERIFY_WITH_TIMEOUT(detailModel->property("hasPr").toBool(), 5000);
+        QVERIFY(LogStore::shared()->count() > 5);
+
+        // The user's own stores hold what they held before.
+        QCOMPARE(storedSecret(QStringLiteral("instanceURL")), savedURL.toUtf8());
+        QCOMPARE(storedSecret(QStringLiteral("token")), savedToken.toUtf8());
+        QCOMPARE(readFile(userDefaultsPath()), savedDefaults);
+        const QStringList cacheFiles = QDir(userCacheFolder()).entryList(QDir::Files);
+        QCOMPARE(cacheFiles, QStringList{QStringLiteral("inbox.json")});
+        QCOMPARE(readFile(userCacheFolder() + QStringLiteral("/inbox.json")), savedInbox);
+    }
+};
+
+QTEST_MAIN(TestDemoMode)
+#include "tst_demomode.moc"
