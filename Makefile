@@ -11,7 +11,7 @@ ifneq ($(shell command -v ccache 2>/dev/null),)
 CMAKE_FLAGS += -DCMAKE_CXX_COMPILER_LAUNCHER=ccache
 endif
 
-.PHONY: all deps configure build test run install bench format clean
+.PHONY: all deps configure build test run install screenshots bench format clean
 
 all: build
 
@@ -34,10 +34,26 @@ run: build
 	@echo "kestrine: no display (DISPLAY and WAYLAND_DISPLAY are unset), so here is the demo inbox from kestrine-cli:" >&2
 	@$(BUILD_DIR)/src/cli/kestrine-cli --demo inbox
 else
-run: build
-	@echo "kestrine: the app is not built yet; only its libraries and tests exist so far." >&2
-	@exit 1
+# The app on its built-in demo instance, which reads and writes nothing of the user's keychain,
+# settings, log or caches.
+run: configure
+	@cmake --build $(BUILD_DIR) --parallel $(JOBS) --target kestrine
+	@$(BUILD_DIR)/src/app/kestrine --demo
 endif
+
+# Every screen and state, light and dark, rendered against the demo instance into
+# $(SCREENSHOT_DIR)/light and .../dark: a real X window under xvfb-run, so Material shadows show.
+SCREENSHOT_DIR ?= $(BUILD_DIR)/screenshots
+screenshots: configure
+	@cmake --build $(BUILD_DIR) --parallel $(JOBS) --target kestrine-screenshots
+	@rm -rf $(SCREENSHOT_DIR)
+	@for theme in Light Dark; do \
+		dir=$(SCREENSHOT_DIR)/$$(echo $$theme | tr A-Z a-z); \
+		mkdir -p $$dir; \
+		QT_QUICK_CONTROLS_MATERIAL_THEME=$$theme xvfb-run -a -s "-screen 0 1600x1200x24" \
+			$(BUILD_DIR)/tools/screenshots/kestrine-screenshots $$dir >/dev/null || exit 1; \
+	done
+	@echo "screenshots: $$(ls $(SCREENSHOT_DIR)/light | wc -l) scenes each in $(SCREENSHOT_DIR)/light and $(SCREENSHOT_DIR)/dark"
 
 # The app, kestrine-cli, the desktop entry, the AppStream metadata, the icon and the systemd user
 # units of the background check. The units name kestrine-cli by its path under PREFIX.
