@@ -68,3 +68,42 @@ format:
 
 clean:
 	@rm -rf $(BUILD_DIR)
+
+# Fuzzing. The libFuzzer targets of fuzz/ build with clang in FUZZ_BUILD_DIR: `make test` runs each
+# for FUZZ_TEST_SECONDS, `make fuzz` for FUZZ_SECONDS each, keeping what it finds in a corpus that
+# lasts between runs. `make fuzz-corpus` rewrites the seeds of fuzz/corpus from the Gitea
+# simulation's answers.
+FUZZ_BUILD_DIR    ?= $(BUILD_DIR)-fuzz
+FUZZ_SECONDS      ?= 60
+FUZZ_TEST_SECONDS ?= 20
+FUZZ_TARGETS      := $(patsubst fuzz/fuzz_%.cpp,%,$(wildcard fuzz/fuzz_*.cpp))
+
+CMAKE_FLAGS += -DKESTRINE_FUZZ_BUILD_DIR=$(abspath $(FUZZ_BUILD_DIR)) \
+               -DKESTRINE_FUZZ_SECONDS=$(FUZZ_TEST_SECONDS)
+
+.PHONY: fuzz-build fuzz fuzz-corpus clean-fuzz
+
+test: fuzz-build
+clean: clean-fuzz
+
+fuzz-build: deps
+	@if command -v clang++ >/dev/null 2>&1; then \
+	    cmake -S . -B $(FUZZ_BUILD_DIR) $(CMAKE_FLAGS) -DCMAKE_CXX_COMPILER=clang++ \
+	        -DKESTRINE_FUZZ=ON >/dev/null && \
+	    cmake --build $(FUZZ_BUILD_DIR) --target fuzzers --parallel $(JOBS); \
+	else \
+	    echo "fuzz: clang++ is not installed, so the fuzz tests will be skipped" >&2; \
+	fi
+
+fuzz: fuzz-build
+	@for t in $(FUZZ_TARGETS); do \
+	    fuzz/run-fuzzer --seconds $(FUZZ_SECONDS) --corpus $(FUZZ_BUILD_DIR)/corpus/$$t \
+	        $(FUZZ_BUILD_DIR) $$t || exit 1; \
+	done
+
+fuzz-corpus: fuzz-build
+	@cmake --build $(FUZZ_BUILD_DIR) --target fuzz_corpus_tool --parallel $(JOBS)
+	@$(FUZZ_BUILD_DIR)/fuzz/fuzz_corpus_tool
+
+clean-fuzz:
+	@rm -rf $(FUZZ_BUILD_DIR)
