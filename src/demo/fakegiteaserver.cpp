@@ -220,8 +220,25 @@ FakeResponse FakeResponse::empty(int status)
     return FakeResponse{status, {}, {}, {}};
 }
 
+FakeResponse FakeResponse::rawBytes(QByteArray wire, Delivery delivery)
+{
+    FakeResponse response;
+    response.raw = std::move(wire);
+    response.delivery = delivery;
+    return response;
+}
+
+FakeResponse FakeResponse::never()
+{
+    FakeResponse response;
+    response.delivery = Delivery::Never;
+    return response;
+}
+
 QByteArray serializeResponse(const FakeResponse &response)
 {
+    if (response.raw)
+        return *response.raw;
     QByteArray wire = "HTTP/1.1 " + QByteArray::number(response.status) + ' ' +
                       reasonPhrase(response.status) + "\r\n";
     bool hasContentType = false;
@@ -350,15 +367,67 @@ void FakeGiteaServer::missingHandler(const QHttpServerRequest &, QTcpSocket *soc
 
 void FakeGiteaServer::respond(QTcpSocket *socket, const FakeResponse &response)
 {
-    const QByteArray wire = serializeResponse(response);
+    if (response.delivery == FakeResponse::Delivery::Never)
+        return;
     if (response.delay.count() <= 0) {
-        socket->write(wire);
+        deliver(socket, response);
         return;
     }
-    QTimer::singleShot(response.delay, this, [socket = QPointer<QTcpSocket>(socket), wire] {
-        if (socket)
-            socket->write(wire);
-    });
+    QTimer::singleShot(response.delay, this,
+                       [this, socket = QPointer<QTcpSocket>(socket), response] {
+                           if (socket)
+                               deliver(socket, response);
+                       });
+}
+
+namespace {
+
+/// Feeds a socket the pieces of a long answer whenever less than a few pieces wait in its buffer,
+/// then closes the connection if asked to. Lives as long as the socket.
+class PieceWriter : public QObject
+{
+public:
+    PieceWriter(QTcpSocket *socket, std::function<QByteArray()> pieces, bool closeWhenDone)
+        : QObject(socket)
+        , m_socket(socket)
+        , m_pieces(std::move(pieces))
+        , m_closeWhenDone(closeWhenDone)
+    {
+        connect(socket, &QTcpSocket::bytesWritten, this, &PieceWriter::topUp);
+        topUp();
+    }
+
+private:
+    void topUp()
+    {
+        constexpr qint64 buffered = 4 * 1024 * 1024;
+        while (m_pieces && m_socket->bytesToWrite() < buffered) {
+            const QByteArray piece = m_pieces();
+            if (piece.isEmpty()) {
+                m_pieces = nullptr;
+                if (m_closeWhenDone)
+                    m_socket->disconnectFromHost();
+                return;
+            }
+            m_socket->write(piece);
+        }
+    }
+
+    QTcpSocket *m_socket;
+    std::function<QByteArray()> m_pieces;
+    bool m_closeWhenDone;
+};
+
+} // namespace
+
+void FakeGiteaServer::deliver(QTcpSocket *socket, const FakeResponse &response)
+{
+    socket->write(serializeResponse(response));
+    const bool close = response.delivery == FakeResponse::Delivery::CloseAfterWriting;
+    if (response.morePieces)
+        new PieceWriter(socket, response.morePieces, close);
+    else if (close)
+        socket->disconnectFromHost();
 }
 
 } // namespace kestrine

@@ -9,6 +9,7 @@
 #include <QUrl>
 #include <chrono>
 #include <functional>
+#include <optional>
 #include <utility>
 
 class QTcpServer;
@@ -42,6 +43,17 @@ struct RecordedRequest
 /// What a route answers.
 struct FakeResponse
 {
+    /// How the answer leaves the server.
+    enum class Delivery {
+        /// Written whole; the connection stays open for further requests.
+        Complete,
+        /// Written, then the connection is closed: with a `raw` answer shorter than its
+        /// Content-Length, a server that goes away in the middle of the body.
+        CloseAfterWriting,
+        /// Nothing is ever written, and the connection stays open: a server that hangs.
+        Never,
+    };
+
     int status = 200;
     QByteArray body;
     /// Extra header lines; "Content-Type: application/json;charset=utf-8" is added unless one is
@@ -49,10 +61,22 @@ struct FakeResponse
     HeaderList headers;
     /// How long to wait before answering.
     std::chrono::milliseconds delay{0};
+    /// Bytes written exactly as given instead of the status line, headers and body made from the
+    /// fields above: for answers no well-behaved server gives.
+    std::optional<QByteArray> raw = std::nullopt;
+    Delivery delivery = Delivery::Complete;
+    /// Further bytes after the answer, asked for piece by piece while the socket drains, until a
+    /// piece is empty: a body of hundreds of megabytes without holding it in memory. The answer's
+    /// headers (a `raw` answer) must announce its length.
+    std::function<QByteArray()> morePieces = nullptr;
 
     static FakeResponse json(QByteArray body, int status = 200);
     static FakeResponse text(QByteArray body, int status = 200);
     static FakeResponse empty(int status);
+    /// The bytes of `wire`, as they are.
+    static FakeResponse rawBytes(QByteArray wire,
+                                 Delivery delivery = Delivery::CloseAfterWriting);
+    static FakeResponse never();
 };
 
 /// Values of the `{name}` placeholders of the route that matched.
@@ -107,6 +131,7 @@ private:
 
     FakeResponse dispatch(const RecordedRequest &request) const;
     void respond(QTcpSocket *socket, const FakeResponse &response);
+    void deliver(QTcpSocket *socket, const FakeResponse &response);
 
     class RawRecorder;
     RawRecorder *m_recorder;
@@ -114,7 +139,7 @@ private:
     QList<RecordedRequest> m_requests;
 };
 
-/// The wire form of an answer: status line, headers, blank line, body.
+/// The wire form of an answer: status line, headers, blank line, body; `raw` when it is set.
 QByteArray serializeResponse(const FakeResponse &response);
 
 } // namespace kestrine
