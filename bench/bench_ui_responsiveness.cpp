@@ -1,0 +1,316 @@
+// How long the interface stops answering while the largest texts open in the real screens: a
+// 20 MB pull request diff in the diff view and a 5 MB job log in the job log view, served by a
+// fake Gitea on 127.0.0.1. A timer ticks every 5 ms on the main thread; the longest gap between
+// two ticks is the longest time input would have waited. Each case prints that gap, the time until
+// the content was on screen, and what the gaps add up to; then the same while scrolling to the
+// end and back.
+//
+// Runs offscreen unless QT_QPA_PLATFORM says otherwise (offscreen draws with the software
+// renderer, which is slower than a GPU, so these are upper figures for drawing).
+
+#include "demoinstance.h"
+#include "fakegiteaserver.h"
+#include "settingsstore.h"
+#include "storagemode.h"
+
+#include <QElapsedTimer>
+#include <QGuiApplication>
+#include <QQmlComponent>
+#include <QQmlEngine>
+#include <QQuickItem>
+#include <QQuickStyle>
+#include <QQuickWindow>
+#include <QTimer>
+#include <QtQml/qqmlextensionplugin.h>
+#include <algorithm>
+#include <cstdio>
+#include <functional>
+
+Q_IMPORT_QML_PLUGIN(KestrinePlugin)
+
+using namespace kestrine;
+
+namespace {
+
+constexpr qsizetype diffBytes = 20'000'000;
+constexpr qsizetype logBytes = 5'000'000;
+
+/// A unified diff of many files with ~50-byte lines, `targetBytes` long; the file
+/// "middle/file.go" sits in the middle.
+QByteArray largeDiff(qsizetype targetBytes)
+{
+    QByteArray diff;
+    diff.reserve(targetBytes + 65536);
+    int file = 0;
+    auto addFile = [&diff](const QByteArray &name, int hunks) {
+        diff += "diff --git a/" + name + " b/" + name + "\nindex 83db48f..bf269f4 100644\n--- a/" +
+                name + "\n+++ b/" + name + "\n";
+        for (int hunk = 0; hunk < hunks; ++hunk) {
+            diff += "@@ -" + QByteArray::number(hunk * 40 + 1) + ",20 +" +
+                    QByteArray::number(hunk * 40 + 1) + ",21 @@ func f" + QByteArray::number(hunk) +
+                    "()\n";
+            for (int line = 0; line < 20; ++line) {
+                const char prefix = line % 7 == 3 ? '-' : (line % 5 == 1 ? '+' : ' ');
+                diff += prefix;
+                diff += "\tvalue := compute(input, " + QByteArray::number(line) + ") // note\n";
+            }
+        }
+    };
+    while (diff.size() < targetBytes / 2)
+        addFile("pkg/module" + QByteArray::number(file++) + "/source.go", 10);
+    addFile("middle/file.go", 2000);
+    while (diff.size() < targetBytes)
+        addFile("pkg/module" + QByteArray::number(file++) + "/source.go", 10);
+    return diff;
+}
+
+/// A job log with timestamps and ANSI colour codes, `targetBytes` long.
+QByteArray largeLog(qsizetype targetBytes)
+{
+    QByteArray log;
+    log.reserve(targetBytes + 256);
+    for (int i = 0; log.size() < targetBytes; ++i) {
+        log += "2024-05-01T10:21:" + QByteArray::number(10 + i % 50) + ".1234567Z ";
+        if (i % 9 == 0)
+            log += "\x1b[36m::group::Run step " + QByteArray::number(i) + "\x1b[0m\n";
+        else if (i % 13 == 0)
+            log += "\x1b[31mFAIL\x1b[0m\tnorrum.com/pkg/module" + QByteArray::number(i) + "\n";
+        else
+            log += "ok  \tnorrum.com/harbor/pkg/module" + QByteArray::number(i) +
+                   "\t0.412s coverage: 81.3% of statements\n";
+    }
+    return log;
+}
+
+/// Ticks every 5 ms and keeps the longest gap.
+class Heartbeat
+{
+public:
+    Heartbeat()
+    {
+        m_timer.setTimerType(Qt::PreciseTimer);
+        m_timer.setInterval(5);
+        QObject::connect(&m_timer, &QTimer::timeout, [this] { tick(); });
+    }
+    void start()
+    {
+        m_longest = 0;
+        m_blocked = 0;
+        m_clock.start();
+        m_last = 0;
+        m_timer.start();
+    }
+    void stop() { m_timer.stop(); }
+    qint64 longest() const { return m_longest; }
+    /// Time beyond the 5 ms rhythm, summed: how long input waited in all.
+    qint64 blocked() const { return m_blocked; }
+
+private:
+    void tick()
+    {
+        const qint64 now = m_clock.elapsed();
+        const qint64 gap = now - m_last;
+        m_longest = std::max(m_longest, gap);
+        if (gap > 16)
+            m_blocked += gap - 5;
+        m_last = now;
+    }
+
+    QTimer m_timer;
+    QElapsedTimer m_clock;
+    qint64 m_last = 0;
+    qint64 m_longest = 0;
+    qint64 m_blocked = 0;
+};
+
+bool waitUntil(const std::function<bool()> &done, int timeoutMs = 60000)
+{
+    QElapsedTimer timer;
+    timer.start();
+    while (!done()) {
+        if (timer.elapsed() > timeoutMs)
+            return false;
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
+    }
+    return true;
+}
+
+/// Lets `frames` more frames be drawn.
+void drawFrames(QQuickWindow *window, int frames)
+{
+    int swapped = 0;
+    const auto connection =
+        QObject::connect(window, &QQuickWindow::frameSwapped, [&swapped] { ++swapped; });
+    window->update();
+    waitUntil(
+        [&] {
+            window->update();
+            return swapped >= frames;
+        },
+        10000);
+    QObject::disconnect(connection);
+}
+
+struct Figures
+{
+    qint64 toScreen = 0;
+    qint64 longest = 0;
+    qint64 blocked = 0;
+};
+
+void print(const char *what, const Figures &figures)
+{
+    std::printf("%-44s on screen after %5lld ms; longest stall %4lld ms; stalls in all %5lld ms\n",
+                what, static_cast<long long>(figures.toScreen),
+                static_cast<long long>(figures.longest), static_cast<long long>(figures.blocked));
+    std::fflush(stdout);
+}
+
+/// Pushes `screen` with `properties` on the stack, and measures until `loaded` holds and the
+/// result has been drawn.
+Figures open(QQuickWindow *window, QQuickItem *stack, const QString &screen,
+             const QVariantMap &properties, const std::function<bool(QQuickItem *)> &loaded,
+             QQuickItem **opened)
+{
+    Heartbeat heartbeat;
+    QElapsedTimer clock;
+    heartbeat.start();
+    clock.start();
+    QMetaObject::invokeMethod(stack, "openScreen", Q_ARG(QVariant, screen),
+                              Q_ARG(QVariant, properties));
+    QQuickItem *item = nullptr;
+    waitUntil([&] {
+        item = stack->property("currentItem").value<QQuickItem *>();
+        return item && item->objectName() != QLatin1String("blank") && loaded(item);
+    });
+    drawFrames(window, 3);
+    Figures figures{clock.elapsed(), 0, 0};
+    heartbeat.stop();
+    figures.longest = heartbeat.longest();
+    figures.blocked = heartbeat.blocked();
+    *opened = item;
+    return figures;
+}
+
+/// Scrolls the list `name` of `screen` to its end and back, drawing on the way.
+Figures scroll(QQuickWindow *window, QQuickItem *screen, const char *name)
+{
+    auto *list = screen->findChild<QQuickItem *>(QString::fromLatin1(name));
+    Heartbeat heartbeat;
+    QElapsedTimer clock;
+    heartbeat.start();
+    clock.start();
+    QMetaObject::invokeMethod(list, "positionViewAtEnd");
+    drawFrames(window, 2);
+    QMetaObject::invokeMethod(list, "positionViewAtBeginning");
+    drawFrames(window, 2);
+    Figures figures{clock.elapsed(), 0, 0};
+    heartbeat.stop();
+    figures.longest = heartbeat.longest();
+    figures.blocked = heartbeat.blocked();
+    return figures;
+}
+
+const char *scene = R"(
+import QtQuick
+import QtQuick.Controls
+import Kestrine
+
+ApplicationWindow {
+    width: 390
+    height: 844
+    visible: true
+    StackView {
+        objectName: "stack"
+        anchors.fill: parent
+        initialItem: Item { objectName: "blank" }
+        function openScreen(screen, properties) {
+            const component = Qt.createComponent("qrc:/qt/qml/Kestrine/" + screen + ".qml");
+            replace(null, component, properties, StackView.Immediate);
+        }
+    }
+}
+)";
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    QCoreApplication::setOrganizationName(QStringLiteral("norrum"));
+    QCoreApplication::setApplicationName(QStringLiteral("kestrine"));
+    QGuiApplication app(argc, argv);
+    QQuickStyle::setStyle(QStringLiteral("Material"));
+    Storage::useEphemeral();
+
+    const QByteArray diff = largeDiff(diffBytes);
+    const QByteArray log = largeLog(logBytes);
+    FakeGiteaServer server;
+    if (!server.listen())
+        return 1;
+    server.route("GET", QStringLiteral("/api/v1/repos/o/r/pulls/1.diff"), FakeResponse::text(diff));
+    server.route("GET", QStringLiteral("/api/v1/repos/o/r/actions/jobs/1/logs"),
+                 FakeResponse::text(log));
+    SettingsStore::shared()->setInstanceURL(server.baseUrl().toString());
+    SettingsStore::shared()->setToken(QStringLiteral("token"));
+
+    QQmlEngine engine;
+    engine.addImportPath(QStringLiteral("qrc:/qt/qml"));
+    QQmlComponent component(&engine);
+    component.setData(scene, QUrl(QStringLiteral("bench.qml")));
+    auto *window = qobject_cast<QQuickWindow *>(component.create());
+    if (!window) {
+        std::fprintf(stderr, "%s\n", qPrintable(component.errorString()));
+        return 1;
+    }
+    auto *stack = window->findChild<QQuickItem *>(QStringLiteral("stack"));
+    drawFrames(window, 2);
+
+    std::printf("Opening large texts in the screens (%s)\n", qPrintable(app.platformName()));
+    const QVariantMap repo{
+        {QStringLiteral("id"), 1},
+        {QStringLiteral("name"), QStringLiteral("r")},
+        {QStringLiteral("full_name"), QStringLiteral("o/r")},
+        {QStringLiteral("owner"), QVariantMap{{QStringLiteral("login"), QStringLiteral("o")}}}};
+    auto diffLoaded = [](QQuickItem *view) {
+        QObject *model = view->property("diff").value<QObject *>();
+        return model && !model->property("isLoading").toBool() &&
+               model->property("count").toInt() > 0;
+    };
+    for (const QString &file : {QStringLiteral("middle/file.go"), QStringLiteral("absent.go")}) {
+        QQuickItem *view = nullptr;
+        const QVariantMap properties{
+            {QStringLiteral("repo"), repo},
+            {QStringLiteral("prNumber"), 1},
+            {QStringLiteral("file"), QVariantMap{{QStringLiteral("filename"), file},
+                                                 {QStringLiteral("additions"), 0},
+                                                 {QStringLiteral("deletions"), 0}}}};
+        const Figures opened =
+            open(window, stack, QStringLiteral("DiffView"), properties, diffLoaded, &view);
+        const int lines = view->property("diff").value<QObject *>()->property("count").toInt();
+        const QByteArray what =
+            "20 MB diff, " + file.toUtf8() + " (" + QByteArray::number(lines) + " lines)";
+        print(what.constData(), opened);
+        print("  scrolling it to the end and back", scroll(window, view, "diffLines"));
+    }
+
+    QQuickItem *logView = nullptr;
+    const Figures logOpened = open(
+        window, stack, QStringLiteral("JobLogsView"),
+        {{QStringLiteral("repo"), repo},
+         {QStringLiteral("runID"), 1},
+         {QStringLiteral("jobID"), 1},
+         {QStringLiteral("jobName"), QStringLiteral("test")}},
+        [](QQuickItem *view) {
+            QObject *model = view->property("log").value<QObject *>();
+            return model && !model->property("isLoading").toBool() &&
+                   !model->property("text").toString().isEmpty();
+        },
+        &logView);
+    print("5 MB job log", logOpened);
+    print("  scrolling it to the end and back", scroll(window, logView, "logText"));
+
+    delete window;
+    return 0;
+}
