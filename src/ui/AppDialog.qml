@@ -26,6 +26,10 @@ Dialog {
     bottomPadding: message !== "" ? 8 : 0
     spacing: message !== "" ? 12 : 4
 
+    Overlay.modal: Rectangle {
+        color: Qt.rgba(0, 0, 0, 0.45)
+    }
+
     background: Rectangle {
         radius: 14
         color: Theme.cellBackground

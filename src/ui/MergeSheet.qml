@@ -56,12 +56,17 @@ Sheet {
         onClicked: root.close()
     }
     trailing: [
-        BusyIndicator {
+        Item {
             objectName: "mergeProgress"
             visible: root.isMerging
-            running: root.isMerging
-            width: 40
-            height: 40
+            width: 56
+            height: 44
+            BusyIndicator {
+                anchors.centerIn: parent
+                width: 32
+                height: 32
+                running: root.isMerging
+            }
         },
         TextNavButton {
             objectName: "mergeConfirmButton"

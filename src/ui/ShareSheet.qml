@@ -71,7 +71,7 @@ Sheet {
             Layout.fillHeight: true
             Layout.minimumHeight: 60
             radius: 10
-            color: Theme.secondaryBackground
+            color: Theme.cellBackground
             clip: true
 
             Label {

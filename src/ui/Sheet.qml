@@ -53,6 +53,8 @@ Popup {
     background: Rectangle {
         color: root.backgroundColor
         radius: 14
+        // On a dark screen a hairline marks where the sheet begins.
+        border.color: Theme.dark ? Theme.separator : "transparent"
         // Only the top corners are round: the bottom ones sit below the window's edge.
         Rectangle {
             anchors.left: parent.left
