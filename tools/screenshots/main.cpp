@@ -23,6 +23,7 @@
 #include <QQuickWindow>
 #include <QThread>
 #include <QTimer>
+#include <cstdio>
 #include <functional>
 
 using namespace kestrine;
@@ -136,7 +137,7 @@ public:
         if (!image.save(path))
             qWarning("screenshots: cannot write %s", qPrintable(path));
         else
-            qInfo("%s", qPrintable(path));
+            std::printf("%s\n", qPrintable(path));
         ++m_count;
     }
 
