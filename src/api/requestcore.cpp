@@ -128,13 +128,6 @@ std::optional<QString> serverMessage(const QByteArray &body)
     return message->toString();
 }
 
-QString withoutToken(QString text, const QString &token)
-{
-    if (!token.isEmpty())
-        text.replace(token, QStringLiteral("[token]"));
-    return text;
-}
-
 QCoro::Task<QByteArray> request(GiteaClient client, QString path, QByteArray method,
                                 std::optional<QueryItems> query, std::optional<QByteArray> body)
 {
@@ -194,9 +187,7 @@ QCoro::Task<QByteArray> request(GiteaClient client, QString path, QByteArray met
         writeLog(client, LogLevel::Warn, logPrefix + QStringLiteral("409 conflict"));
         throw APIError::mergeConflict();
     }
-    std::optional<QString> message = serverMessage(responseBody);
-    if (message)
-        message = withoutToken(*message, client.token());
+    const std::optional<QString> message = serverMessage(responseBody);
     // Without a message the line ends in the blank after the status, as it always has.
     writeLog(client, LogLevel::Error,
              logPrefix + QString::number(status) + u' ' + message.value_or(QString()));
