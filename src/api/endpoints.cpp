@@ -128,7 +128,7 @@ QCoro::Task<QList<Repository>> fetchRepos(GiteaClient client)
                                {QStringLiteral("limit"), QString::number(repositoriesPerPage)}};
         const QByteArray bytes =
             co_await http::request(client, QStringLiteral("user/repos"), "GET", query);
-        const auto pageItems = http::decodeBody<QList<Repository>>(bytes);
+        const auto pageItems = http::decodeBody<QList<Repository>>(bytes, client.token());
         all.append(pageItems);
         if (pageItems.size() < repositoriesPerPage)
             break;
@@ -167,9 +167,10 @@ QCoro::Task<> send(GiteaClient client, QString path, QByteArray method,
 template <class T>
 QCoro::Task<T> sendAndDecode(GiteaClient client, QString path, QByteArray body)
 {
+    const QString token = client.token();
     const QByteArray bytes =
         co_await http::request(std::move(client), std::move(path), "POST", std::nullopt, body);
-    co_return http::decodeBody<T>(bytes);
+    co_return http::decodeBody<T>(bytes, token);
 }
 
 } // namespace

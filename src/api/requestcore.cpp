@@ -128,6 +128,16 @@ std::optional<QString> serverMessage(const QByteArray &body)
     return message->toString();
 }
 
+QString withoutToken(QString text, const QString &token)
+{
+    // A text shorter than a real token (Gitea's are 40 characters) cannot be told from ordinary
+    // words: masking a one-letter test token would garble every message and protect nothing.
+    constexpr qsizetype shortestMaskedToken = 8;
+    if (token.size() >= shortestMaskedToken)
+        text.replace(token, QStringLiteral("[token]"));
+    return text;
+}
+
 QCoro::Task<QByteArray> request(GiteaClient client, QString path, QByteArray method,
                                 std::optional<QueryItems> query, std::optional<QByteArray> body)
 {
@@ -187,7 +197,9 @@ QCoro::Task<QByteArray> request(GiteaClient client, QString path, QByteArray met
         writeLog(client, LogLevel::Warn, logPrefix + QStringLiteral("409 conflict"));
         throw APIError::mergeConflict();
     }
-    const std::optional<QString> message = serverMessage(responseBody);
+    std::optional<QString> message = serverMessage(responseBody);
+    if (message)
+        message = withoutToken(*message, client.token());
     // Without a message the line ends in the blank after the status, as it always has.
     writeLog(client, LogLevel::Error,
              logPrefix + QString::number(status) + u' ' + message.value_or(QString()));

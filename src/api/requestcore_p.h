@@ -32,6 +32,13 @@ QNetworkRequest buildRequest(const GiteaClient &client, const QString &path,
 /// has the key "message". Anything else has no message.
 std::optional<QString> serverMessage(const QByteArray &body);
 
+/// `text` from a server's answer with every occurrence of `token` replaced by "[token]". A server
+/// (or a proxy's error page) may echo the request's headers back; what the client makes of its
+/// answer goes to the log, which the user shares, and to the screen, so it never carries the
+/// token. Tokens shorter than 8 characters are left alone: they are no secret worth the name, and
+/// masking them would garble ordinary words ("t" in "not allowed").
+QString withoutToken(QString text, const QString &token);
+
 /// Sends one request and answers the body of a 2xx response. Fails with APIError for every other
 /// HTTP outcome (after writing its log line) and with TransportError, unlogged, when no HTTP
 /// answer arrived. `path` has no leading "/" and is logged as given.
@@ -39,14 +46,15 @@ QCoro::Task<QByteArray> request(GiteaClient client, QString path, QByteArray met
                                 std::optional<QueryItems> query = std::nullopt,
                                 std::optional<QByteArray> body = std::nullopt);
 
-/// The body decoded as `T`; a decoding failure becomes APIError::decoding.
+/// The body decoded as `T`; a decoding failure becomes APIError::decoding, whose description
+/// (which may quote the body, e.g. an undecodable date) never carries `token`.
 template <class T>
-T decodeBody(const QByteArray &bytes)
+T decodeBody(const QByteArray &bytes, const QString &token)
 {
     try {
         return decodeJson<T>(bytes);
     } catch (const DecodeError &error) {
-        throw APIError::decoding(error.description());
+        throw APIError::decoding(withoutToken(error.description(), token));
     }
 }
 
@@ -54,9 +62,10 @@ T decodeBody(const QByteArray &bytes)
 template <class T>
 QCoro::Task<T> get(GiteaClient client, QString path, std::optional<QueryItems> query = std::nullopt)
 {
+    const QString token = client.token();
     const QByteArray bytes = co_await request(std::move(client), std::move(path),
                                               QByteArrayLiteral("GET"), std::move(query));
-    co_return decodeBody<T>(bytes);
+    co_return decodeBody<T>(bytes, token);
 }
 
 } // namespace kestrine::http
