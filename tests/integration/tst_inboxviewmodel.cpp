@@ -7,7 +7,7 @@
 #include "outcome.h"
 #include "settingsstore.h"
 
-#include <QCoroSignal>
+#include <QCoroTimer>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QJsonArray>
@@ -70,10 +70,7 @@ public:
     QCoro::Task<int> poll() override
     {
         ++started;
-        QTimer timer;
-        timer.setSingleShot(true);
-        timer.start(300);
-        co_await qCoro(&timer, &QTimer::timeout);
+        co_await QCoro::sleepFor(std::chrono::milliseconds(300));
         ++finished;
         co_return 0;
     }
