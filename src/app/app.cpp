@@ -34,6 +34,15 @@ KestrineApp::KestrineApp(AppOptions options)
     : m_options(options)
 {}
 
+KestrineApp::AbortedRequestsDrain::~AbortedRequestsDrain()
+{
+    // Every object that could be resumed is gone by now, so the coroutines only see their owners
+    // missing and return. Bounded, so that a stream of events cannot hold up the exit.
+    constexpr int drainMilliseconds = 200;
+    QCoreApplication::processEvents(QEventLoop::AllEvents, drainMilliseconds);
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+}
+
 KestrineApp::~KestrineApp()
 {
     // The inbox must not start a pass of a service that is going away.

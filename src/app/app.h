@@ -49,9 +49,21 @@ public:
     static const QUrl mainQml;
 
 private:
+    /// Destroyed last, after everything else of the app: a request aborted as its screen or pass
+    /// went away resumes its coroutine on the next turn of the event loop, which after the app
+    /// never comes. One last turn lets those coroutines end and free what they hold.
+    struct AbortedRequestsDrain
+    {
+        AbortedRequestsDrain() = default;
+        AbortedRequestsDrain(const AbortedRequestsDrain &) = delete;
+        AbortedRequestsDrain &operator=(const AbortedRequestsDrain &) = delete;
+        ~AbortedRequestsDrain();
+    };
+
     bool startDemo();
     void registerBackgroundTask();
 
+    AbortedRequestsDrain m_drain;
     AppOptions m_options;
     QString m_error;
     std::unique_ptr<DemoInstance> m_demo;

@@ -30,7 +30,9 @@ NotificationService::NotificationService(NotificationCenter &center, QString sta
 
 QCoro::Task<int> NotificationService::poll()
 {
-    return poll(nullptr);
+    // The service is the scope of the passes the inbox starts: when it goes away, so do their
+    // requests.
+    return poll(this);
 }
 
 QCoro::Task<int> NotificationService::poll(QObject *cancellationScope)

@@ -23,7 +23,8 @@ public:
     NotificationService(NotificationCenter &center, QString stateFilePath,
                         QObject *parent = nullptr);
 
-    /// One whole pass; answers the number of notifications posted (0 when it stops early).
+    /// One whole pass; answers the number of notifications posted (0 when it stops early). It is
+    /// abandoned when the service is destroyed.
     QCoro::Task<int> poll() override;
     /// A pass whose requests are abandoned when `cancellationScope` is destroyed; an abandoned
     /// pass stops where it is and leaves the state file as it was.
