@@ -5,6 +5,7 @@
 
 #include "app.h"
 #include "demoinstance.h"
+#include "giteaclient.h"
 #include "keychainhelper.h"
 #include "logstore.h"
 #include "notificationpass.h"
@@ -14,10 +15,12 @@
 
 #include <QDir>
 #include <QFile>
+#include <QNetworkReply>
 #include <QQuickItem>
 #include <QQuickWindow>
 #include <QStandardPaths>
 #include <QtTest>
+#include <optional>
 
 using namespace kestrine;
 using kestrine::testing::SecretServiceProbe;
@@ -88,7 +91,8 @@ private slots:
 
     void theDemoOpensOnItsInboxAndLeavesTheUsersStoresAlone()
     {
-        KestrineApp app({.demo = true});
+        std::optional<KestrineApp> running;
+        KestrineApp &app = running.emplace(AppOptions{.demo = true});
         QVERIFY2(app.start(), qPrintable(app.errorString()));
         QVERIFY(Storage::isEphemeral());
         QVERIFY(app.demo());
@@ -134,6 +138,13 @@ private slots:
         const QStringList cacheFiles = QDir(userCacheFolder()).entryList(QDir::Files);
         QCOMPARE(cacheFiles, QStringList{QStringLiteral("inbox.json")});
         QCOMPARE(readFile(userCacheFolder() + QStringLiteral("/inbox.json")), savedInbox);
+
+        // Closed with requests under way, the app lets them end: none of their replies is left.
+        QMetaObject::invokeMethod(detailModel, "reload");
+        QMetaObject::invokeMethod(model, "reload");
+        QVERIFY(!GiteaClient::sharedSession()->findChildren<QNetworkReply *>().isEmpty());
+        running.reset();
+        QCOMPARE(GiteaClient::sharedSession()->findChildren<QNetworkReply *>().size(), 0);
     }
 };
 
