@@ -121,7 +121,7 @@ def go_setup(version="1.22.2"):
         "[command]/usr/bin/git -c protocol.version=2 fetch --no-tags --prune --depth=1 origin",
         c("36", "::endgroup::"),
         c("36", "::group::Run actions/setup-go@v5"),
-        f"Setup go version spec {version}",
+        f"Setup go version {version}",
         f"Found in cache @ /opt/hostedtoolcache/go/{version}/x64",
         c("36", "::endgroup::"),
     ]
