@@ -74,8 +74,7 @@ struct FakeResponse
     static FakeResponse text(QByteArray body, int status = 200);
     static FakeResponse empty(int status);
     /// The bytes of `wire`, as they are.
-    static FakeResponse rawBytes(QByteArray wire,
-                                 Delivery delivery = Delivery::CloseAfterWriting);
+    static FakeResponse rawBytes(QByteArray wire, Delivery delivery = Delivery::CloseAfterWriting);
     static FakeResponse never();
 };
 

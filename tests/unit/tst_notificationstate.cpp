@@ -88,8 +88,8 @@ private slots:
 
     void unknownKeysAreIgnored()
     {
-        writeFile(
-            "{\"announcedNewPRs\":[\"a/b#1\"],\"ciStatusByPR\":{\"a/b#1\":\"failure\"},\"version\":3}");
+        writeFile("{\"announcedNewPRs\":[\"a/b#1\"],"
+                  "\"ciStatusByPR\":{\"a/b#1\":\"failure\"},\"version\":3}");
         const NotificationState state = NotificationState::load(path());
         QCOMPARE(state.announcedNewPRs, QSet<QString>{QStringLiteral("a/b#1")});
         QCOMPARE(state.ciStatusByPR.value(QStringLiteral("a/b#1")), QStringLiteral("failure"));
