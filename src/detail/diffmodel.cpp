@@ -56,24 +56,18 @@ QCoro::Task<> DiffModel::load()
     const GiteaClient client = configured->cancelledWith(this);
     const QPointer<DiffModel> self(this);
 
-    QString diff;
-    std::exception_ptr error;
-    try {
-        diff = co_await client.diff(m_repo.owner.login, m_repo.name, m_prNumber);
-    } catch (...) {
-        error = std::current_exception();
-    }
+    const detail::Attempted<QString> diff =
+        co_await detail::attempt(client.diff(m_repo.owner.login, m_repo.name, m_prNumber));
     if (!self)
         co_return;
-    if (error) {
-        const detail::Failure failure = detail::Failure::of(error);
-        if (!failure.isCancellation)
-            setErrorMessage(failure.description);
+    if (diff.failure) {
+        if (!diff.failure->isCancellation)
+            setErrorMessage(diff.failure->description);
         setLoading(false);
         co_return;
     }
 
-    setLines(parseFileDiff(diff, m_file.filename));
+    setLines(parseFileDiff(*diff.value, m_file.filename));
     // Splitting always yields at least one line, so this stays a safety net.
     if (m_lines.isEmpty())
         setErrorMessage(QStringLiteral("No diff content for this file."));

@@ -74,22 +74,14 @@ QCoro::Task<> JobLogModel::load()
     const GiteaClient client = configured->cancelledWith(this);
     const QPointer<JobLogModel> self(this);
 
-    QString log;
-    std::exception_ptr error;
-    try {
-        log = co_await client.jobLogs(m_repo.owner.login, m_repo.name, m_jobID);
-    } catch (...) {
-        error = std::current_exception();
-    }
+    const detail::Attempted<QString> log =
+        co_await detail::attempt(client.jobLogs(m_repo.owner.login, m_repo.name, m_jobID));
     if (!self)
         co_return;
-    if (error) {
-        const detail::Failure failure = detail::Failure::of(error);
-        if (!failure.isCancellation)
-            setErrorMessage(failure.description);
-    } else {
-        setText(log);
-    }
+    if (log.value)
+        setText(*log.value);
+    else if (!log.failure->isCancellation)
+        setErrorMessage(log.failure->description);
     setLoading(false);
 }
 

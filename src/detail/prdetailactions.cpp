@@ -12,6 +12,7 @@ namespace kestrine {
 namespace {
 
 using detail::attempt;
+using detail::Attempted;
 using detail::Failure;
 
 const QString mergingText = QStringLiteral("Merging\u2026");
@@ -142,27 +143,19 @@ QCoro::Task<> PRDetailViewModel::submitReview(QString state, std::optional<QStri
     const QPointer<PRDetailViewModel> self(this);
 
     setBusyMessage(submittingText);
-    std::optional<PullReview> review;
-    std::exception_ptr error;
-    try {
-        review = co_await client.submitReview(m_repo.owner.login, m_repo.name, m_prNumber, state,
-                                              comment);
-    } catch (...) {
-        error = std::current_exception();
-    }
+    const Attempted<PullReview> review = co_await attempt(
+        client.submitReview(m_repo.owner.login, m_repo.name, m_prNumber, state, comment));
     if (!self)
         co_return;
-    if (review) {
+    if (review.value) {
         // One review per user, the newest last; the server keeps them all, a reload shows that.
         QList<PullReview> reviews = m_reviews;
-        const std::optional<QString> author = loginOf(*review);
+        const std::optional<QString> author = loginOf(*review.value);
         reviews.removeIf([&author](const PullReview &other) { return loginOf(other) == author; });
-        reviews.append(*review);
+        reviews.append(*review.value);
         setReviews(reviews);
-    } else {
-        const Failure failure = Failure::of(error);
-        if (!failure.isCancellation)
-            setErrorMessage(failure.description);
+    } else if (!review.failure->isCancellation) {
+        setErrorMessage(review.failure->description);
     }
     setBusyMessage(std::nullopt);
 }
@@ -176,23 +169,16 @@ QCoro::Task<> PRDetailViewModel::postComment(QString body)
     const QPointer<PRDetailViewModel> self(this);
 
     setBusyMessage(postingText);
-    std::optional<IssueComment> comment;
-    std::exception_ptr error;
-    try {
-        comment = co_await client.postComment(m_repo.owner.login, m_repo.name, m_prNumber, body);
-    } catch (...) {
-        error = std::current_exception();
-    }
+    const Attempted<IssueComment> comment =
+        co_await attempt(client.postComment(m_repo.owner.login, m_repo.name, m_prNumber, body));
     if (!self)
         co_return;
-    if (comment) {
+    if (comment.value) {
         QList<IssueComment> comments = m_comments;
-        comments.append(*comment);
+        comments.append(*comment.value);
         setComments(comments);
-    } else {
-        const Failure failure = Failure::of(error);
-        if (!failure.isCancellation)
-            setErrorMessage(failure.description);
+    } else if (!comment.failure->isCancellation) {
+        setErrorMessage(comment.failure->description);
     }
     setBusyMessage(std::nullopt);
 }
@@ -229,15 +215,13 @@ QCoro::Task<> PRDetailViewModel::rerun(qint64 runID)
 QCoro::Task<> PRDetailViewModel::refetchPullRequest(GiteaClient client)
 {
     const QPointer<PRDetailViewModel> self(this);
-    std::optional<PullRequest> fetched;
-    try {
-        fetched = co_await client.pullRequest(m_repo.owner.login, m_repo.name, m_prNumber);
-    } catch (...) {
-        // Deliberately absent rather than stale: the screen then shows its loading state.
-    }
+    // On a failure the pull request is deliberately absent rather than stale: the screen then
+    // shows its loading state.
+    const Attempted<PullRequest> fetched =
+        co_await attempt(client.pullRequest(m_repo.owner.login, m_repo.name, m_prNumber));
     if (!self)
         co_return;
-    setPr(fetched);
+    setPr(fetched.value);
 }
 
 QCoro::Task<> PRDetailViewModel::runMerge(QString method)

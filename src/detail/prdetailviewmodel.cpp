@@ -9,7 +9,28 @@
 
 namespace kestrine {
 
-using detail::Failure;
+using detail::attempt;
+using detail::Attempted;
+
+namespace {
+
+/// The check a load makes after each answer: true when it stops there, because the model is gone
+/// (then nothing is touched) or the load was replaced, its scope deleted (then `end` closes its
+/// loading state first).
+template <class End>
+auto stopCheck(const QPointer<PRDetailViewModel> &self, const GiteaClient &client, End end)
+{
+    return [&self, &client, end] {
+        if (!self)
+            return true;
+        if (!client.isCancelled())
+            return false;
+        end();
+        return true;
+    };
+}
+
+} // namespace
 
 PRDetailViewModel::PRDetailViewModel(QObject *parent)
     : PRDetailViewModel(Repository(), 0, parent)
@@ -66,90 +87,51 @@ QCoro::Task<> PRDetailViewModel::load()
     beginLoad();
     setErrorMessage(std::nullopt);
 
-    std::optional<PullRequest> fetched;
-    std::exception_ptr error;
-    try {
-        fetched = co_await client.pullRequest(owner, name, number);
-    } catch (...) {
-        error = std::current_exception();
-    }
-    if (!self)
+    const auto stopped = stopCheck(self, client, [this] { endLoad(); });
+
+    const Attempted<PullRequest> fetched =
+        co_await attempt(client.pullRequest(owner, name, number));
+    if (stopped())
         co_return;
-    if (client.isCancelled()) {
-        endLoad();
-        co_return;
-    }
-    if (error) {
-        const Failure failure = Failure::of(error);
-        if (!failure.isCancellation) {
-            LogStore::shared()->log(LogLevel::Error,
-                                    QStringLiteral("PR ") + QString::number(number) +
-                                        QStringLiteral(": load failed: ") + failure.description);
-            setErrorMessage(failure.description);
+    if (fetched.failure) {
+        if (!fetched.failure->isCancellation) {
+            LogStore::shared()->log(LogLevel::Error, QStringLiteral("PR ") +
+                                                         QString::number(number) +
+                                                         QStringLiteral(": load failed: ") +
+                                                         fetched.failure->description);
+            setErrorMessage(fetched.failure->description);
         }
         endLoad();
         co_return;
     }
-    setPr(fetched);
+    setPr(fetched.value);
 
     // All four requests go out now; their answers are taken in this order. A failure of any of
     // them leaves its list empty and says nothing: the pull request itself did load.
-    QCoro::Task<QList<IssueComment>> commentsTask = client.comments(owner, name, number);
-    QCoro::Task<QList<PullReview>> reviewsTask = client.reviews(owner, name, number);
-    QCoro::Task<QList<ChangedFile>> filesTask = client.changedFiles(owner, name, number);
-    QCoro::Task<QList<PRCommit>> commitsTask = client.commits(owner, name, number);
+    auto comments = attempt(client.comments(owner, name, number));
+    auto reviews = attempt(client.reviews(owner, name, number));
+    auto files = attempt(client.changedFiles(owner, name, number));
+    auto commits = attempt(client.commits(owner, name, number));
 
-    QList<IssueComment> comments;
-    try {
-        comments = co_await commentsTask;
-    } catch (...) {
-    }
-    if (!self)
+    const Attempted<QList<IssueComment>> commentsAnswer = co_await std::move(comments);
+    if (stopped())
         co_return;
-    if (client.isCancelled()) {
-        endLoad();
-        co_return;
-    }
-    setComments(comments);
+    setComments(commentsAnswer.value.value_or(QList<IssueComment>()));
 
-    QList<PullReview> reviews;
-    try {
-        reviews = co_await reviewsTask;
-    } catch (...) {
-    }
-    if (!self)
+    const Attempted<QList<PullReview>> reviewsAnswer = co_await std::move(reviews);
+    if (stopped())
         co_return;
-    if (client.isCancelled()) {
-        endLoad();
-        co_return;
-    }
-    setReviews(reviews);
+    setReviews(reviewsAnswer.value.value_or(QList<PullReview>()));
 
-    QList<ChangedFile> files;
-    try {
-        files = co_await filesTask;
-    } catch (...) {
-    }
-    if (!self)
+    const Attempted<QList<ChangedFile>> filesAnswer = co_await std::move(files);
+    if (stopped())
         co_return;
-    if (client.isCancelled()) {
-        endLoad();
-        co_return;
-    }
-    setFiles(files);
+    setFiles(filesAnswer.value.value_or(QList<ChangedFile>()));
 
-    QList<PRCommit> commits;
-    try {
-        commits = co_await commitsTask;
-    } catch (...) {
-    }
-    if (!self)
+    const Attempted<QList<PRCommit>> commitsAnswer = co_await std::move(commits);
+    if (stopped())
         co_return;
-    if (client.isCancelled()) {
-        endLoad();
-        co_return;
-    }
-    setCommits(commits);
+    setCommits(commitsAnswer.value.value_or(QList<PRCommit>()));
 
     // Without a head commit there is nothing to ask Actions about; runs and jobs keep whatever
     // they held.
@@ -169,51 +151,33 @@ QCoro::Task<> PRDetailViewModel::loadRuns(GiteaClient client, QString sha)
     const QString owner = m_repo.owner.login;
     const QString name = m_repo.name;
     const qint64 number = m_prNumber;
+    const auto stopped = stopCheck(self, client, [this] { endRunsLoad(); });
 
     beginRunsLoad();
-    QList<ActionRun> runs;
-    std::exception_ptr error;
-    try {
-        runs = co_await client.runs(owner, name, sha);
-    } catch (...) {
-        error = std::current_exception();
-    }
-    if (!self)
+    const Attempted<QList<ActionRun>> runs = co_await attempt(client.runs(owner, name, sha));
+    if (stopped())
         co_return;
-    if (client.isCancelled()) {
-        endRunsLoad();
-        co_return;
-    }
-    if (error) {
+    if (runs.failure) {
         // A server without Actions must not make the pull request look broken: a log line, but
         // no error message, and the runs shown so far stay.
-        const Failure failure = Failure::of(error);
-        if (!failure.isCancellation) {
+        if (!runs.failure->isCancellation) {
             LogStore::shared()->log(LogLevel::Warn, QStringLiteral("PR ") +
                                                         QString::number(number) +
                                                         QStringLiteral(": actions/runs failed: ") +
-                                                        failure.description);
+                                                        runs.failure->description);
         }
         endRunsLoad();
         co_return;
     }
-    setRuns(runs);
+    setRuns(*runs.value);
 
     // One run after another. Entries of runs that have since disappeared are left in place.
-    for (const ActionRun &run : runs) {
+    for (const ActionRun &run : *runs.value) {
         const qint64 runID = run.id;
-        QList<ActionJob> jobs;
-        try {
-            jobs = co_await client.jobs(owner, name, runID);
-        } catch (...) {
-        }
-        if (!self)
+        const Attempted<QList<ActionJob>> jobs = co_await attempt(client.jobs(owner, name, runID));
+        if (stopped())
             co_return;
-        if (client.isCancelled()) {
-            endRunsLoad();
-            co_return;
-        }
-        setJobs(runID, jobs);
+        setJobs(runID, jobs.value.value_or(QList<ActionJob>()));
     }
     endRunsLoad();
 }
