@@ -10,6 +10,7 @@
 #include "logstore.h"
 #include "settingsstore.h"
 #include "storagemode.h"
+#include "testfiles.h"
 #include "tst_keychainprobe.h"
 
 #include <QDir>
@@ -19,7 +20,10 @@
 #include <QtTest>
 
 using namespace kestrine;
+using kestrine::testing::readFile;
 using kestrine::testing::SecretServiceProbe;
+using kestrine::testing::userDefaultsPath;
+using kestrine::testing::writeFile;
 
 namespace {
 
@@ -34,39 +38,16 @@ const QByteArray savedDefaults =
     "\n";
 const QByteArray savedInbox = "[]";
 
-QString userDefaultsPath()
-{
-    return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) +
-           QStringLiteral("/norrum/kestrine.json");
-}
-
 QString userCachePath()
 {
     return QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation) +
            QStringLiteral("/norrum/kestrine/inbox.json");
 }
 
-void writeFile(const QString &path, const QByteArray &bytes)
-{
-    QDir().mkpath(QFileInfo(path).path());
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    QCOMPARE(file.write(bytes), bytes.size());
-}
-
-QByteArray readFile(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<missing>");
-}
-
 /// The secret the Secret Service itself holds for one of the app's keys.
 QByteArray storedSecret(const QString &key)
 {
-    const auto items = SecretServiceProbe::items(QString(KeychainHelper::service), key);
-    if (!items || items->size() != 1)
-        return QByteArray("<no single item>");
-    return SecretServiceProbe::secret(items->constFirst()).value_or("<unreadable>");
+    return SecretServiceProbe::onlySecret(QString(KeychainHelper::service), key);
 }
 
 struct ChildResult
@@ -99,8 +80,8 @@ private slots:
         KeychainHelper::set(savedToken, QString(SettingsStore::tokenKey));
         QCOMPARE(storedSecret(QStringLiteral("instanceURL")), savedURL.toUtf8());
         QCOMPARE(storedSecret(QStringLiteral("token")), savedToken.toUtf8());
-        writeFile(userDefaultsPath(), savedDefaults);
-        writeFile(userCachePath(), savedInbox);
+        QVERIFY(writeFile(userDefaultsPath(), savedDefaults));
+        QVERIFY(writeFile(userCachePath(), savedInbox));
     }
 
     void switchingBeforeAnyStoreIsOpenedWorks()

@@ -12,6 +12,7 @@
 #include "outcome.h"
 #include "requestcore_p.h"
 #include "settingsstore.h"
+#include "testfiles.h"
 
 #include <QElapsedTimer>
 #include <QFile>
@@ -30,6 +31,7 @@
 
 using namespace kestrine;
 using kestrine::testing::Outcome;
+using kestrine::testing::readFile;
 using kestrine::testing::runToEnd;
 
 namespace {
@@ -99,17 +101,11 @@ struct Stored
     QByteArray notificationState;
 };
 
-QByteArray fileBytes(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<missing>");
-}
-
 Stored stored()
 {
     defaultsStore().sync();
     return {LogStore::decode(defaultsStore().value(LogStore::persistKey).toByteArray()),
-            fileBytes(InboxCache().filePath()), fileBytes(NotificationState::defaultFilePath())};
+            readFile(InboxCache().filePath()), readFile(NotificationState::defaultFilePath())};
 }
 
 /// A TLS server on 127.0.0.1 with a self-signed certificate made by the openssl command for this

@@ -105,6 +105,14 @@ bool SecretServiceProbe::deleteItem(const QDBusObjectPath &item)
         .has_value();
 }
 
+QByteArray SecretServiceProbe::onlySecret(const QString &service, const QString &account)
+{
+    const auto found = items(service, account);
+    if (!found || found->size() != 1)
+        return QByteArray("<no single item>");
+    return secret(found->constFirst()).value_or("<unreadable>");
+}
+
 QString SecretServiceProbe::lastError()
 {
     return errorText();

@@ -29,6 +29,10 @@ public:
     /// The secret of `item`, read in an unencrypted ("plain") session.
     static std::optional<QByteArray> secret(const QDBusObjectPath &item);
 
+    /// The secret of the one item for (service, account); "<no single item>" when there are none
+    /// or several, "<unreadable>" when its secret cannot be read. Meant for comparisons.
+    static QByteArray onlySecret(const QString &service, const QString &account);
+
     /// Deletes `item` directly in the store. True when the service confirmed it.
     static bool deleteItem(const QDBusObjectPath &item);
 

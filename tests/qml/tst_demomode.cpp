@@ -11,10 +11,10 @@
 #include "notificationpass.h"
 #include "settingsstore.h"
 #include "storagemode.h"
+#include "testfiles.h"
 #include "tst_keychainprobe.h"
 
 #include <QDir>
-#include <QFile>
 #include <QNetworkReply>
 #include <QQuickItem>
 #include <QQuickWindow>
@@ -23,7 +23,10 @@
 #include <optional>
 
 using namespace kestrine;
+using kestrine::testing::readFile;
 using kestrine::testing::SecretServiceProbe;
+using kestrine::testing::userDefaultsPath;
+using kestrine::testing::writeFile;
 
 namespace {
 
@@ -34,38 +37,16 @@ const QByteArray savedDefaults =
     "\n";
 const QByteArray savedInbox = "[]";
 
-QString userDefaultsPath()
-{
-    return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) +
-           QStringLiteral("/norrum/kestrine.json");
-}
-
 QString userCacheFolder()
 {
     return QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation) +
            QStringLiteral("/norrum/kestrine");
 }
 
-void writeFile(const QString &path, const QByteArray &bytes)
-{
-    QDir().mkpath(QFileInfo(path).path());
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    QCOMPARE(file.write(bytes), bytes.size());
-}
-
-QByteArray readFile(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<missing>");
-}
-
+/// The secret the Secret Service itself holds for one of the app's keys.
 QByteArray storedSecret(const QString &key)
 {
-    const auto items = SecretServiceProbe::items(QString(KeychainHelper::service), key);
-    if (!items || items->size() != 1)
-        return QByteArray("<no single item>");
-    return SecretServiceProbe::secret(items->constFirst()).value_or("<unreadable>");
+    return SecretServiceProbe::onlySecret(QString(KeychainHelper::service), key);
 }
 
 QObject *child(QObject *root, const char *name)
@@ -85,8 +66,8 @@ private slots:
     {
         KeychainHelper::set(savedURL, QString(SettingsStore::instanceURLKey));
         KeychainHelper::set(savedToken, QString(SettingsStore::tokenKey));
-        writeFile(userDefaultsPath(), savedDefaults);
-        writeFile(userCacheFolder() + QStringLiteral("/inbox.json"), savedInbox);
+        QVERIFY(writeFile(userDefaultsPath(), savedDefaults));
+        QVERIFY(writeFile(userCacheFolder() + QStringLiteral("/inbox.json"), savedInbox));
     }
 
     void theDemoOpensOnItsInboxAndLeavesTheUsersStoresAlone()
