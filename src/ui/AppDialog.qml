@@ -38,6 +38,7 @@ Dialog {
 
     header: Label {
         objectName: "dialogTitle"
+        textFormat: Text.PlainText
         text: root.title
         visible: root.title !== ""
         leftPadding: 24
@@ -56,6 +57,7 @@ Dialog {
         Label {
             id: messageLabel
             objectName: "dialogMessage"
+            textFormat: Text.PlainText
             width: parent.width
             text: root.message
             visible: text !== ""

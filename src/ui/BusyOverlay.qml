@@ -42,6 +42,7 @@ Popup {
         }
         Label {
             objectName: "busyText"
+            textFormat: Text.PlainText
             Layout.alignment: Qt.AlignHCenter
             text: root.message
             color: Theme.primaryText

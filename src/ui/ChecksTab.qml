@@ -20,6 +20,7 @@ TabScroll {
 
     Label {
         objectName: "noRuns"
+        textFormat: Text.PlainText
         visible: root.runs.length === 0
         width: parent.width
         text: "No workflow runs for this head commit."
@@ -57,6 +58,7 @@ TabScroll {
                     }
                     Label {
                         objectName: "runName"
+                        textFormat: Text.PlainText
                         Layout.fillWidth: true
                         text: root.runName(card.modelData)
                         elide: Text.ElideRight
@@ -65,6 +67,7 @@ TabScroll {
                         font.weight: Font.DemiBold
                     }
                     Label {
+                        textFormat: Text.PlainText
                         text: card.modelData.created_at !== undefined
                               ? RelativeTime.abbreviated(card.modelData.created_at, RelativeTime.now)
                               : ""
@@ -89,6 +92,7 @@ TabScroll {
                         }
                         Label {
                             objectName: "jobName"
+                            textFormat: Text.PlainText
                             Layout.fillWidth: true
                             text: jobRow.modelData.name
                             elide: Text.ElideRight

@@ -78,6 +78,7 @@ Sheet {
 
         Label {
             objectName: "commentHeading"
+            textFormat: Text.PlainText
             text: root.modeTitle
             color: Theme.primaryText
             font.pixelSize: Theme.headline
@@ -114,6 +115,7 @@ Sheet {
 
         Label {
             objectName: "characterCount"
+            textFormat: Text.PlainText
             text: root.characterCount + " characters"
             color: Theme.secondaryText
             font.pixelSize: Theme.caption2

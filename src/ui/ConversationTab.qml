@@ -16,6 +16,7 @@ TabScroll {
 
     Label {
         objectName: "reviewsHeading"
+        textFormat: Text.PlainText
         visible: root.reviews.length > 0
         text: "Reviews"
         color: Theme.primaryText
@@ -36,6 +37,7 @@ TabScroll {
 
             Label {
                 objectName: "reviewLine"
+                textFormat: Text.PlainText
                 Layout.fillWidth: true
                 text: (review.verdict === ReviewState.Approved ? "✅"
                        : review.verdict === ReviewState.ChangesRequested ? "🔴" : "💬")
@@ -49,6 +51,8 @@ TabScroll {
                 font.weight: Font.DemiBold
             }
             Label {
+                objectName: "reviewBody"
+                textFormat: Text.PlainText
                 Layout.fillWidth: true
                 visible: text !== ""
                 text: review.modelData.body !== undefined ? review.modelData.body : ""
@@ -66,6 +70,7 @@ TabScroll {
     }
 
     Label {
+        textFormat: Text.PlainText
         text: "Comments"
         color: Theme.primaryText
         font.pixelSize: Theme.headline
@@ -74,6 +79,7 @@ TabScroll {
 
     Label {
         objectName: "noComments"
+        textFormat: Text.PlainText
         visible: root.comments.length === 0
         text: "No comments yet."
         color: Theme.secondaryText
@@ -103,12 +109,14 @@ TabScroll {
                     spacing: 8
                     Label {
                         objectName: "commentAuthor"
+                        textFormat: Text.PlainText
                         text: root.authorOf(comment.modelData)
                         color: Theme.primaryText
                         font.pixelSize: Theme.subheadline
                         font.weight: Font.DemiBold
                     }
                     Label {
+                        textFormat: Text.PlainText
                         text: comment.modelData.created_at !== undefined
                               ? RelativeTime.full(comment.modelData.created_at, RelativeTime.now) : ""
                         color: Theme.secondaryText
@@ -116,6 +124,8 @@ TabScroll {
                     }
                 }
                 Label {
+                    objectName: "commentBody"
+                    textFormat: Text.PlainText
                     Layout.fillWidth: true
                     text: comment.modelData.body !== undefined ? comment.modelData.body : ""
                     wrapMode: Text.Wrap
@@ -127,6 +137,7 @@ TabScroll {
     }
 
     Label {
+        textFormat: Text.PlainText
         width: parent.width
         topPadding: 6
         text: "Inline file comments are not shown — the Gitea API does not expose them."

@@ -105,6 +105,7 @@ Rectangle {
                             color: tab.selected ? Theme.accent : Theme.secondaryText
                         }
                         Label {
+                            textFormat: Text.PlainText
                             Layout.fillWidth: true
                             horizontalAlignment: Text.AlignHCenter
                             text: tab.modelData.title

@@ -83,6 +83,7 @@ Page {
 
             Text {
                 id: label
+                objectName: "diffLineText"
                 x: 8
                 y: 1
                 width: parent.width - 16

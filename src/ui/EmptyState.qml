@@ -29,6 +29,7 @@ Item {
         }
         Label {
             objectName: "emptyStateTitle"
+            textFormat: Text.PlainText
             Layout.fillWidth: true
             text: root.title
             horizontalAlignment: Text.AlignHCenter
@@ -39,6 +40,7 @@ Item {
         }
         Label {
             objectName: "emptyStateDescription"
+            textFormat: Text.PlainText
             Layout.fillWidth: true
             text: root.description
             visible: text !== ""

@@ -16,6 +16,7 @@ FormRow {
 
     Label {
         objectName: "checkRowText"
+        textFormat: Text.PlainText
         Layout.fillWidth: true
         text: root.text
         color: root.textColor

@@ -12,6 +12,7 @@ FormRow {
     clickable: true
 
     Label {
+        textFormat: Text.PlainText
         Layout.fillWidth: true
         text: root.text
         color: Theme.primaryText

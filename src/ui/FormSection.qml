@@ -16,6 +16,7 @@ ColumnLayout {
 
     Label {
         objectName: "sectionHeader"
+        textFormat: Text.PlainText
         Layout.fillWidth: true
         Layout.leftMargin: Theme.margin
         visible: root.header !== ""
@@ -40,6 +41,7 @@ ColumnLayout {
 
     Label {
         objectName: "sectionFooter"
+        textFormat: Text.PlainText
         Layout.fillWidth: true
         Layout.leftMargin: Theme.margin
         Layout.rightMargin: Theme.margin

@@ -17,6 +17,7 @@ FormRow {
     onClicked: root.toggled(!root.checked)
 
     Label {
+        textFormat: Text.PlainText
         Layout.fillWidth: true
         text: root.text
         color: Theme.primaryText

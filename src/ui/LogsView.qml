@@ -97,6 +97,7 @@ Page {
                     spacing: 8
                     Label {
                         objectName: "entryLevel"
+                        textFormat: Text.PlainText
                         text: entry.modelData.levelLabel
                         color: root.levelColor(entry.modelData.levelLabel)
                         font.pixelSize: Theme.caption2
@@ -104,6 +105,7 @@ Page {
                     }
                     Label {
                         objectName: "entryTime"
+                        textFormat: Text.PlainText
                         text: Qt.formatTime(entry.modelData.timestamp, "HH:mm:ss")
                         color: Theme.secondaryText
                         font.pixelSize: Theme.caption2
@@ -111,6 +113,7 @@ Page {
                 }
                 TextEdit {
                     objectName: "entryMessage"
+                    textFormat: TextEdit.PlainText
                     Layout.fillWidth: true
                     text: entry.modelData.message
                     readOnly: true

@@ -113,6 +113,7 @@ Sheet {
                 FormRow {
                     objectName: "ciRow"
                     Label {
+                        textFormat: Text.PlainText
                         Layout.fillWidth: true
                         text: "CI"
                         color: Theme.primaryText
@@ -138,6 +139,7 @@ Sheet {
                     Label {
                         id: ciText
                         objectName: "ciText"
+                        textFormat: Text.PlainText
                         text: {
                             switch (root.ciStatus) {
                             case CIStatus.Running:
@@ -178,6 +180,7 @@ Sheet {
                     Label {
                         id: gateText
                         objectName: "gateText"
+                        textFormat: Text.PlainText
                         Layout.fillWidth: true
                         text: root.vm.mergeGate.noteText
                         wrapMode: Text.Wrap

@@ -53,6 +53,7 @@ Popup {
             }
             Label {
                 objectName: "mergedText"
+                textFormat: Text.PlainText
                 Layout.alignment: Qt.AlignHCenter
                 text: "Merged"
                 color: "white"

@@ -40,6 +40,7 @@ Rectangle {
         }
 
         Label {
+            textFormat: Text.PlainText
             Layout.fillWidth: true
             Layout.leftMargin: root.showBack ? 2 : 0
             text: root.title

@@ -17,6 +17,7 @@ TabScroll {
     }
     Label {
         objectName: "noDescription"
+        textFormat: Text.PlainText
         visible: root.body === ""
         text: "No description."
         color: Theme.secondaryText

@@ -30,6 +30,7 @@ ItemDelegate {
                 spacing: 6
                 Label {
                     objectName: "rowNumber"
+                    textFormat: Text.PlainText
                     text: "#" + root.pr.number
                     color: Theme.secondaryText
                     font.pixelSize: Theme.subheadline
@@ -37,6 +38,7 @@ ItemDelegate {
                 }
                 Label {
                     objectName: "rowDraft"
+                    textFormat: Text.PlainText
                     visible: root.pr.draft === true
                     text: "Draft"
                     color: Theme.secondaryText
@@ -45,6 +47,7 @@ ItemDelegate {
             }
             Label {
                 objectName: "rowTitle"
+                textFormat: Text.PlainText
                 Layout.fillWidth: true
                 text: root.pr.title
                 color: Theme.primaryText
@@ -59,6 +62,7 @@ ItemDelegate {
                 spacing: 6
                 Label {
                     objectName: "rowRepository"
+                    textFormat: Text.PlainText
                     Layout.fillWidth: true
                     text: root.repo.full_name
                     color: Theme.secondaryText
@@ -67,6 +71,7 @@ ItemDelegate {
                 }
                 Label {
                     objectName: "rowTime"
+                    textFormat: Text.PlainText
                     visible: root.pr.updated_at !== undefined
                     text: root.pr.updated_at !== undefined
                           ? RelativeTime.abbreviated(root.pr.updated_at, RelativeTime.now) : ""

@@ -18,6 +18,7 @@ Item {
         }
         Label {
             objectName: "progressText"
+            textFormat: Text.PlainText
             Layout.alignment: Qt.AlignHCenter
             text: root.text
             color: Theme.secondaryText

@@ -39,6 +39,7 @@ Rectangle {
 
     Label {
         id: label
+        textFormat: Text.PlainText
         anchors.centerIn: parent
         text: root.text
         color: root.tone

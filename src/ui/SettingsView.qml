@@ -110,6 +110,7 @@ Page {
                         Layout.fillWidth: true
                         spacing: 2
                         Label {
+                            textFormat: Text.PlainText
                             text: "Instance URL"
                             color: Theme.secondaryText
                             font.pixelSize: Theme.caption
@@ -134,6 +135,7 @@ Page {
                         Layout.fillWidth: true
                         spacing: 2
                         Label {
+                            textFormat: Text.PlainText
                             text: "Personal access token"
                             color: Theme.secondaryText
                             font.pixelSize: Theme.caption
@@ -160,6 +162,7 @@ Page {
 
                     Label {
                         objectName: "testConnectionButton"
+                        textFormat: Text.PlainText
                         Layout.fillWidth: true
                         text: tester.testing ? "Testing…" : "Test connection"
                         color: tester.testing ? Theme.grey : Theme.accent
@@ -184,6 +187,7 @@ Page {
                     }
                     Label {
                         objectName: "testResultText"
+                        textFormat: Text.PlainText
                         Layout.fillWidth: true
                         text: tester.succeeded ? "Connected as " + tester.resultText : tester.resultText
                         color: tester.succeeded ? Theme.green : Theme.red
@@ -199,6 +203,7 @@ Page {
 
                 FormRow {
                     Label {
+                        textFormat: Text.PlainText
                         Layout.fillWidth: true
                         text: "Merge behavior"
                         color: Theme.secondaryText
@@ -219,6 +224,7 @@ Page {
                 }
                 FormRow {
                     Label {
+                        textFormat: Text.PlainText
                         Layout.fillWidth: true
                         text: "Warn mode shows CI status and allows merging a red PR after confirmation. Block mode disables merge while any check is failing."
                         wrapMode: Text.Wrap
@@ -281,6 +287,7 @@ Page {
 
                     Label {
                         objectName: "logoutButton"
+                        textFormat: Text.PlainText
                         Layout.fillWidth: true
                         horizontalAlignment: Text.AlignHCenter
                         text: "Log out"

@@ -56,6 +56,7 @@ Sheet {
 
         Label {
             objectName: "shareSummary"
+            textFormat: Text.PlainText
             Layout.fillWidth: true
             text: {
                 const lines = root.sharedText === "" ? 0 : root.sharedText.split("\n").length;
@@ -75,6 +76,7 @@ Sheet {
             clip: true
 
             Label {
+                textFormat: Text.PlainText
                 anchors.fill: parent
                 anchors.margins: 10
                 // A preview: the first lines are enough, and keep this quick for a huge text.
@@ -99,6 +101,7 @@ Sheet {
                     color: Theme.accent
                 }
                 Label {
+                    textFormat: Text.PlainText
                     Layout.fillWidth: true
                     text: "Copy to clipboard"
                     color: Theme.primaryText
@@ -114,6 +117,7 @@ Sheet {
                     color: Theme.accent
                 }
                 Label {
+                    textFormat: Text.PlainText
                     Layout.fillWidth: true
                     text: "Save to file…"
                     color: Theme.primaryText
@@ -124,6 +128,7 @@ Sheet {
 
         Label {
             objectName: "shareStatus"
+            textFormat: Text.PlainText
             Layout.fillWidth: true
             visible: root.status !== ""
             text: root.status

@@ -97,6 +97,7 @@ Popup {
             }
             Label {
                 objectName: "sheetTitle"
+                textFormat: Text.PlainText
                 visible: root.showBar
                 anchors.centerIn: parent
                 anchors.verticalCenterOffset: 3

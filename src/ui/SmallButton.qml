@@ -13,6 +13,7 @@ AbstractButton {
 
     contentItem: Label {
         id: label
+        textFormat: Text.PlainText
         text: root.text
         font: root.font
         color: Theme.accent

@@ -16,6 +16,7 @@ ToolButton {
     rightPadding: 12
 
     contentItem: Label {
+        textFormat: Text.PlainText
         text: root.text
         font: root.font
         color: !root.enabled ? Theme.grey : root.destructive ? Theme.red : Theme.accent
