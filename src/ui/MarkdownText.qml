@@ -91,13 +91,14 @@ Column {
             topPadding: 2
             bottomPadding: 2
             Label {
+                textFormat: Text.PlainText
                 text: "•"
                 color: Theme.primaryText
                 font.pixelSize: Theme.callout
             }
             InlineMarkdown {
                 width: parent.width - x
-                text: parent.lineText
+                markdown: parent.lineText
             }
         }
     }
@@ -108,7 +109,7 @@ Column {
             objectName: "markdownText"
             topPadding: 2
             bottomPadding: 2
-            text: parent ? parent.text : ""
+            markdown: parent ? parent.text : ""
         }
     }
 

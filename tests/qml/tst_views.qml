@@ -187,7 +187,9 @@ Item {
         function kinds(item) {
             const found = [];
             for (const line of linesOf(item))
-                found.push(line.item.objectName + ":" + (line.item.text !== undefined ? line.item.text : line.item.lineText));
+                found.push(line.item.objectName + ":" + (line.item.markdown !== undefined ? line.item.markdown
+                                                         : line.item.text !== undefined ? line.item.text
+                                                                                       : line.item.lineText));
             return found;
         }
 
@@ -213,11 +215,12 @@ Item {
         function test_markdownTextLinesGetInlineFormatting() {
             const item = createTemporaryObject(markdown, root, { markdown: "Some **bold** and `code`" });
             const line = linesOf(item)[0].item;
-            compare(line.textFormat, Text.MarkdownText);
-            compare(line.text, "Some **bold** and `code`");
+            compare(line.textFormat, Text.RichText);
+            compare(line.markdown, "Some **bold** and `code`");
+            compare(line.text, InlineMarkdownFormat.richText(line.markdown));
             // Drawn formatted: the markup characters are not laid out as text, so the line is
             // narrower than the same characters drawn plain.
-            const plain = createTemporaryObject(plainLabel, root, { text: line.text, font: line.font });
+            const plain = createTemporaryObject(plainLabel, root, { text: line.markdown, font: line.font });
             verify(line.implicitWidth < plain.implicitWidth,
                    line.implicitWidth + " vs " + plain.implicitWidth);
         }
