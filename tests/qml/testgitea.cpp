@@ -6,6 +6,7 @@
 #include "logstore.h"
 #include "settingsstore.h"
 
+#include <QDesktopServices>
 #include <QFile>
 
 namespace kestrine::testing {
@@ -13,14 +14,25 @@ namespace {
 
 const QString viewerToken = QStringLiteral("4f1c9e2d7a6b5c3d8e0f1a2b3c4d5e6f7a8b9c0d");
 
+// What a link in a description or comment could name; each is answered by the test.
+const QStringList linkSchemes{QStringLiteral("http"),       QStringLiteral("https"),
+                              QStringLiteral("mailto"),     QStringLiteral("file"),
+                              QStringLiteral("javascript"), QStringLiteral("kestrine-evil")};
+
 } // namespace
 
 TestGitea::TestGitea(QObject *parent)
     : QObject(parent)
-{}
+{
+    connect(&m_stranger, &StrangerHost::contacted, this, &TestGitea::strangerContactsChanged);
+    for (const QString &scheme : linkSchemes)
+        QDesktopServices::setUrlHandler(scheme, this, "recordOpenedLink");
+}
 
 TestGitea::~TestGitea()
 {
+    for (const QString &scheme : linkSchemes)
+        QDesktopServices::unsetUrlHandler(scheme);
     m_simulation.reset();
     m_server.reset();
 }
@@ -28,7 +40,7 @@ TestGitea::~TestGitea()
 bool TestGitea::start()
 {
     m_server = std::make_unique<FakeGiteaServer>();
-    if (!m_server->listen())
+    if (!m_server->listen() || !m_stranger.listen())
         return false;
     reset();
     return m_simulation && m_simulation->isValid();
@@ -60,12 +72,38 @@ void TestGitea::answer(const QString &method, const QString &path, int status, c
 
 void TestGitea::reset()
 {
+    install(fixtures::read(QStringLiteral("gitea/seed.json")));
+}
+
+void TestGitea::useHostileSeed()
+{
+    install(m_stranger.hostileSeed());
+}
+
+void TestGitea::install(const QByteArray &seed)
+{
     m_simulation.reset();
     m_server->clearRoutes();
     m_server->clearRequests();
-    m_simulation =
-        std::make_unique<GiteaSimulation>(fixtures::read(QStringLiteral("gitea/seed.json")));
+    m_stranger.forget();
+    m_openedLinks.clear();
+    m_simulation = std::make_unique<GiteaSimulation>(seed);
+    if (!m_simulation->isValid())
+        qWarning("The simulated Gitea cannot read its seed: %s",
+                 qPrintable(m_simulation->loadError()));
     m_simulation->install(m_server.get());
+    emit strangerContactsChanged();
+}
+
+void TestGitea::recordOpenedLink(const QUrl &url)
+{
+    m_openedLinks.append(url.toString());
+}
+
+QVariantMap TestGitea::pullRequest(const QString &owner, const QString &repo, int number) const
+{
+    const std::optional<QJsonObject> pull = m_simulation->pullRequest(owner, repo, number);
+    return pull ? pull->toVariantMap() : QVariantMap();
 }
 
 int TestGitea::requestCount(const QString &method, const QString &path) const

@@ -2,6 +2,7 @@
 
 #include "fakegiteaserver.h"
 #include "giteasimulation.h"
+#include "strangerhost.h"
 
 #include <QObject>
 #include <QTemporaryDir>
@@ -18,6 +19,8 @@ class TestGitea : public QObject
     Q_OBJECT
     Q_PROPERTY(QString url READ url CONSTANT)
     Q_PROPERTY(QString token READ token CONSTANT)
+    /// How many times something connected to the stranger's host of the hostile seed.
+    Q_PROPERTY(int strangerContacts READ strangerContacts NOTIFY strangerContactsChanged)
 
 public:
     explicit TestGitea(QObject *parent = nullptr);
@@ -40,6 +43,23 @@ public:
     /// Back to the simulation's answers, with its state as the seed has it, and no requests
     /// recorded.
     Q_INVOKABLE void reset();
+    /// Like reset(), with the hostile seed (tests/data/gitea/hostile-seed.json), whose every
+    /// text was written by a stranger and whose addresses point at a host of this test.
+    Q_INVOKABLE void useHostileSeed();
+    int strangerContacts() const { return m_stranger.contacts(); }
+    /// The first line of each request the stranger's host received.
+    Q_INVOKABLE QStringList strangerRequests() const { return m_stranger.requestLines(); }
+    /// The stranger's address, "127.0.0.1:<port>".
+    Q_INVOKABLE QString strangerHost() const { return m_stranger.address(); }
+
+    /// Links handed to the desktop's opener since the last reset, in order. The test process
+    /// answers every scheme itself, so nothing is really opened.
+    Q_INVOKABLE QStringList openedLinks() const { return m_openedLinks; }
+
+    /// Pull request `number` of `owner`/`repo` as the simulation answers for it now, as a
+    /// JavaScript object; empty when there is none.
+    Q_INVOKABLE QVariantMap pullRequest(const QString &owner, const QString &repo,
+                                        int number) const;
 
     /// How many `method` requests for `path` arrived (the path as decoded, without the query).
     Q_INVOKABLE int requestCount(const QString &method, const QString &path) const;
@@ -62,10 +82,20 @@ public:
     /// `text` with every ESC character, for building escape sequences in QML.
     Q_INVOKABLE QString escape() const { return QStringLiteral("\x1b"); }
 
+signals:
+    void strangerContactsChanged();
+
+private slots:
+    void recordOpenedLink(const QUrl &url);
+
 private:
+    void install(const QByteArray &seed);
+
     std::unique_ptr<FakeGiteaServer> m_server;
     std::unique_ptr<GiteaSimulation> m_simulation;
     QTemporaryDir m_folder;
+    StrangerHost m_stranger;
+    QStringList m_openedLinks;
 };
 
 } // namespace kestrine::testing
