@@ -26,16 +26,6 @@ Item {
         return "✎";
     }
 
-    Label {
-        objectName: "noFiles"
-        x: (parent.width - Math.min(parent.width, Theme.maxContentWidth)) / 2 + Theme.margin
-        y: Theme.margin
-        visible: root.files.length === 0
-        text: "No changed files."
-        color: Theme.secondaryText
-        font.pixelSize: Theme.callout
-    }
-
     ListView {
         id: list
         objectName: "fileList"
@@ -43,9 +33,10 @@ Item {
         anchors.bottom: parent.bottom
         anchors.horizontalCenter: parent.horizontalCenter
         width: Math.min(parent.width, Theme.maxContentWidth)
-        visible: root.files.length > 0
         model: root.files
         topMargin: 6
+        // The empty list stays, so that it can still be pulled down to reload.
+        header: root.files.length === 0 ? emptyNote : null
         bottomMargin: root.bottomInset
         flickableDirection: Flickable.VerticalFlick
         boundsBehavior: Flickable.DragAndOvershootBounds
@@ -67,12 +58,14 @@ Item {
                 spacing: 8
                 Label {
                     objectName: "statusMark"
+                    textFormat: Text.PlainText
                     text: root.statusMark(fileRow.modelData.status)
                     color: Theme.secondaryText
                     font.pixelSize: Theme.body
                 }
                 Label {
                     objectName: "fileName"
+                    textFormat: Text.PlainText
                     Layout.fillWidth: true
                     text: fileRow.modelData.filename
                     elide: Text.ElideMiddle
@@ -82,6 +75,7 @@ Item {
                 }
                 Label {
                     objectName: "additions"
+                    textFormat: Text.PlainText
                     text: "+" + fileRow.modelData.additions
                     color: Theme.green
                     font.pixelSize: Theme.caption2
@@ -89,6 +83,7 @@ Item {
                 }
                 Label {
                     objectName: "deletions"
+                    textFormat: Text.PlainText
                     text: "−" + fileRow.modelData.deletions
                     color: Theme.red
                     font.pixelSize: Theme.caption2
@@ -107,6 +102,19 @@ Item {
                     color: Theme.separator
                 }
             }
+        }
+    }
+
+    Component {
+        id: emptyNote
+        Label {
+            objectName: "noFiles"
+            textFormat: Text.PlainText
+            leftPadding: Theme.margin
+            topPadding: Theme.margin - 6
+            text: "No changed files."
+            color: Theme.secondaryText
+            font.pixelSize: Theme.callout
         }
     }
 

@@ -22,6 +22,8 @@ Page {
     // The run whose re-run awaits confirmation; null when no confirmation is shown.
     property var showRerunConfirm: null
     property bool showMergeSuccess: false
+    // The header shows the whole title, not only its first lines.
+    property bool titleExpanded: false
 
     readonly property PRDetailViewModel vm: detailModel
     readonly property bool prIsOpen: vm.hasPr && String(vm.pr.state).toLowerCase() === "open"
@@ -163,6 +165,7 @@ Page {
                             root.vm.startSetState("open");
                     }
                     contentItem: Label {
+                        textFormat: Text.PlainText
                         text: stateItem.text
                         color: root.prIsOpen ? Theme.red : Theme.primaryText
                         font.pixelSize: Theme.body
@@ -217,20 +220,45 @@ Page {
                 width: Math.min(parent.width, Theme.maxContentWidth) - 2 * Theme.margin
                 spacing: 6
 
-                Label {
-                    objectName: "prTitle"
+                // A long title shows its first lines; a tap shows it whole, scrolling inside the
+                // header when it would take more than a third of the screen.
+                Flickable {
+                    id: titleScroll
+                    objectName: "prTitleScroll"
                     Layout.fillWidth: true
-                    text: root.vm.hasPr ? root.vm.pr.title : ""
-                    wrapMode: Text.Wrap
-                    color: Theme.primaryText
-                    font.pixelSize: Theme.title3
-                    font.weight: Font.Bold
+                    Layout.preferredHeight: Math.min(prTitle.implicitHeight, root.height / 3)
+                    contentWidth: width
+                    contentHeight: prTitle.implicitHeight
+                    flickableDirection: Flickable.VerticalFlick
+                    boundsBehavior: Flickable.StopAtBounds
+                    interactive: contentHeight > height
+                    clip: true
+
+                    Label {
+                        id: prTitle
+                        objectName: "prTitle"
+                        textFormat: Text.PlainText
+                        width: titleScroll.width
+                        text: root.vm.hasPr ? root.vm.pr.title : ""
+                        wrapMode: Text.Wrap
+                        maximumLineCount: root.titleExpanded ? 100000 : 4
+                        elide: Text.ElideRight
+                        color: Theme.primaryText
+                        font.pixelSize: Theme.title3
+                        font.weight: Font.Bold
+
+                        TapHandler {
+                            enabled: prTitle.truncated || root.titleExpanded
+                            onTapped: root.titleExpanded = !root.titleExpanded
+                        }
+                    }
                 }
                 RowLayout {
                     Layout.fillWidth: true
                     spacing: 8
                     Label {
                         objectName: "prReference"
+                        textFormat: Text.PlainText
                         // Its whole width, unless the line is too narrow for it and the badges.
                         Layout.maximumWidth: Math.max(80, headerColumn.width - 150)
                         text: (root.repo ? root.repo.full_name : "") + "#" + root.prNumber
@@ -249,6 +277,7 @@ Page {
                     }
                     Label {
                         objectName: "headerDraft"
+                        textFormat: Text.PlainText
                         visible: root.vm.hasPr && root.vm.pr.draft === true
                         text: "Draft"
                         color: Theme.secondaryText
@@ -269,6 +298,8 @@ Page {
             anchors.right: parent.right
             anchors.bottom: parent.bottom
             currentIndex: root.currentTab
+            // A scrolled tab's content stays below the header.
+            clip: true
 
             // The tab change fades the new tab in.
             onCurrentIndexChanged: fadeIn.restart()

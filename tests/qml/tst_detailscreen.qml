@@ -112,6 +112,83 @@ Item {
             tryVerify(() => gitea.requestCount("GET", "/api/v1/repos/ann/tool/pulls/6") === before + 1, 5000);
         }
 
+        // Pull request `number` of ann/tool answers with a title of three or more lines.
+        function answerWithALongTitle(number) {
+            const pr = gitea.pullRequest("ann", "tool", number);
+            pr.title = "A title long enough to take three lines of the header, on a phone and on a "
+                       + "desktop alike: it names the change, the reason for it, the parts of the "
+                       + "tool it touches and every ticket that it closes";
+            gitea.answer("GET", "/api/v1/repos/ann/tool/pulls/" + number, 200, JSON.stringify(pr));
+        }
+
+        // The colours of `item`'s area of the detail screen as drawn, every other pixel.
+        function pixelsOf(detail, item) {
+            const image = grabImage(detail);
+            const origin = item.mapToItem(detail, 0, 0);
+            const pixels = [];
+            for (let y = Math.ceil(origin.y); y < origin.y + item.height - 1; y += 2) {
+                for (let x = Math.ceil(origin.x); x < origin.x + item.width - 1; x += 2)
+                    pixels.push(String(image.pixel(x, y)));
+            }
+            return pixels;
+        }
+
+        function test_scrolledTabContentStaysBelowTheHeader_data() {
+            const tabs = ["overviewTab", "conversationTab", "filesTab", "checksTab"];
+            const sizes = [{ name: "phone", width: 390, height: 844 },
+                           { name: "desktop", width: 1024, height: 700 }];
+            const rows = [];
+            for (const size of sizes) {
+                for (let tab = 0; tab < tabs.length; ++tab)
+                    rows.push({ tag: size.name + " " + tabs[tab], tab: tab, name: tabs[tab],
+                                width: size.width, height: size.height });
+            }
+            return rows;
+        }
+
+        function test_scrolledTabContentStaysBelowTheHeader(data) {
+            root.width = data.width;
+            root.height = data.height;
+            answerWithALongTitle(7);
+            const detail = openPullRequest(7);
+            verify(find(detail, "prTitle").lineCount >= 3, find(detail, "prTitle").lineCount);
+            showTab(detail, data.tab);
+            const header = find(detail, "prHeader");
+            const before = pixelsOf(detail, header);
+            // The tab's content scrolled up by more than the header is high, as far as a finger
+            // could drag it.
+            const flick = find(detail, data.name).flickable;
+            const contentY = flick.contentY;
+            flick.contentY = contentY + header.height + 100;
+            verify(flick.contentY > contentY);
+            waitForRendering(detail);
+            const after = pixelsOf(detail, header);
+            verify(before.length > 1000);
+            compare(after.filter((pixel, i) => pixel !== before[i]).length, 0);
+            root.width = 390;
+            root.height = 844;
+        }
+
+        function test_anEmptyFilesTabCanStillBePulledDownToReload() {
+            gitea.answer("GET", "/api/v1/repos/ann/tool/pulls/7/files", 200, "[]");
+            const detail = openPullRequest(7);
+            showTab(detail, 2);
+            compare(detail.vm.files.length, 0);
+            verify(find(detail, "noFiles").visible);
+            compare(find(detail, "noFiles").text, "No changed files.");
+            const list = find(detail, "fileList");
+            verify(list.visible);
+            const loads = gitea.requestCount("GET", "/api/v1/repos/ann/tool/pulls/7");
+            mousePress(list, list.width / 2, 40);
+            for (let step = 1; step <= 12; ++step)
+                mouseMove(list, list.width / 2, 40 + step * 20, 16);
+            mouseRelease(list, list.width / 2, 280, Qt.LeftButton, Qt.NoModifier, 16);
+            tryVerify(() => gitea.requestCount("GET", "/api/v1/repos/ann/tool/pulls/7") === loads + 1,
+                      5000);
+            tryVerify(() => !detail.vm.isLoading);
+            verify(find(detail, "noFiles").visible);
+        }
+
         function test_mergeButtonWithRedCI_data() {
             return [
                 { tag: "block", mode: SettingsStore.Block, enabled: false },
