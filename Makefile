@@ -75,7 +75,10 @@ run: configure
 endif
 
 # Every screen and state, light and dark, rendered against the demo instance into
-# $(SCREENSHOT_DIR)/light and .../dark: a real X window under xvfb-run, so Material shadows show.
+# $(SCREENSHOT_DIR)/light and .../dark, then the same screens with texts a stranger wrote (the
+# hostile-* scenes): a real X window under xvfb-run, so Material shadows show. Lists the scenes it
+# wrote; fails when the tour went wrong, when the app printed a message that means something on
+# screen is broken, or when the app fetched anything the stranger's texts pointed at.
 SCREENSHOT_DIR ?= $(BUILD_DIR)/screenshots
 screenshots: configure
 	@cmake --build $(BUILD_DIR) --parallel $(JOBS) --target kestrine-screenshots
@@ -84,9 +87,10 @@ screenshots: configure
 		dir=$(SCREENSHOT_DIR)/$$(echo $$theme | tr A-Z a-z); \
 		mkdir -p $$dir; \
 		QT_QUICK_CONTROLS_MATERIAL_THEME=$$theme xvfb-run -a -s "-screen 0 1600x1200x24" \
-			$(BUILD_DIR)/tools/screenshots/kestrine-screenshots $$dir >/dev/null || exit 1; \
+			$(BUILD_DIR)/tools/screenshots/kestrine-screenshots $$dir >$$dir.scenes || exit 1; \
+		echo "screenshots: $$(wc -l <$$dir.scenes) scenes in $$dir:"; \
+		tr '\n' ' ' <$$dir.scenes | fold -s -w 98 | sed 's/^/  /'; echo; \
 	done
-	@echo "screenshots: $$(ls $(SCREENSHOT_DIR)/light | wc -l) scenes each in $(SCREENSHOT_DIR)/light and $(SCREENSHOT_DIR)/dark"
 
 # The app, kestrine-cli, the desktop entry, the AppStream metadata, the icon and the systemd user
 # units of the background check. The units name kestrine-cli by its path under PREFIX.

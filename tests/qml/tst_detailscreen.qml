@@ -426,8 +426,10 @@ Item {
                 if (detail.showMergeSuccess)
                     shownAt = Date.now();
             });
-            detail.mergedOverlay.visibleChanged.connect(() => {
-                if (!detail.mergedOverlay.visible && closedAt === 0)
+            const overlay = detail.mergedOverlay;
+            overlay.visibleChanged.connect(() => {
+                // The overlay may report its last change while the screen that held it goes away.
+                if (overlay && !overlay.visible && closedAt === 0)
                     hiddenEarly = true;
             });
             stack.depthChanged.connect(() => {

@@ -1,604 +1,45 @@
-// Renders every screen and state of the app against the built-in demo instance, one PNG each.
+// Renders every scene of the app against the built-in demo instance, one PNG each, and then the
+// same screens with texts a stranger wrote.
 //
 //   kestrine-screenshots <output folder> [scene name...]
 //
 // The theme comes from the environment (QT_QUICK_CONTROLS_MATERIAL_THEME=Light or Dark); the
 // window is a real one, so run it under a display (make screenshots uses xvfb-run) to get the
 // Material shadows that the offscreen platform does not draw. Scenes named on the command line
-// are the only ones rendered.
+// are the only ones saved. Each scene's name is printed as its file is written.
+//
+// Exits with 1 when the tour went wrong, when a message said that something on screen is broken
+// (an icon that does not decode, a TypeError, a binding loop...), or when anything contacted the
+// host that the stranger's texts point at: those screenshots would show a broken app.
 
 #include "app.h"
-#include "demoinstance.h"
-#include "fakegiteaserver.h"
-#include "giteasimulation.h"
-#include "logstore.h"
-#include "settingsstore.h"
+#include "screenwarnings.h"
+#include "strangerhost.h"
+#include "tour.h"
 
 #include <QDir>
-#include <QElapsedTimer>
+#include <QFileInfo>
 #include <QGuiApplication>
-#include <QImage>
-#include <QQmlProperty>
-#include <QQuickItem>
-#include <QQuickWindow>
-#include <QThread>
 #include <QTimer>
 #include <cstdio>
-#include <functional>
 
 using namespace kestrine;
 
 namespace {
 
-class Tour
+/// Whether the tour went as it should; says on standard error what did not.
+bool reportProblems(const Tour &tour, const testing::StrangerHost &stranger)
 {
-public:
-    Tour(KestrineApp &app, QString folder, QStringList only)
-        : m_app(app)
-        , m_folder(std::move(folder))
-        , m_only(std::move(only))
-    {}
-
-    QQuickWindow *window() const { return m_app.window(); }
-    DemoInstance &demo() const { return *m_app.demo(); }
-
-    /// Lets events and animations run for `ms` milliseconds.
-    static void settle(int ms = 450)
-    {
-        QElapsedTimer timer;
-        timer.start();
-        while (timer.elapsed() < ms) {
-            QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
-            QThread::msleep(5);
-        }
-    }
-
-    /// Waits until `done` holds, for at most `ms` milliseconds; false when it never did.
-    static bool waitFor(const std::function<bool()> &done, int ms = 8000)
-    {
-        QElapsedTimer timer;
-        timer.start();
-        while (!done()) {
-            if (timer.elapsed() > ms)
-                return false;
-            QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
-            QThread::msleep(5);
-        }
-        return true;
-    }
-
-    /// The object called `name` anywhere under the window; the newest one when there are several
-    /// (pushed screens come after the ones under them).
-    QObject *find(const QString &name) const
-    {
-        const QList<QObject *> all = window()->findChildren<QObject *>(name);
-        QObject *found = nullptr;
-        for (QObject *object : all) {
-            auto *item = qobject_cast<QQuickItem *>(object);
-            if (!item || item->isVisible())
-                found = object;
-        }
-        if (!found && !all.isEmpty())
-            found = all.constLast();
-        if (!found)
-            qWarning("screenshots: no object named %s", qPrintable(name));
-        return found;
-    }
-
-    QVariant property(const QString &object, const char *name) const
-    {
-        QObject *o = find(object);
-        return o ? o->property(name) : QVariant();
-    }
-
-    void set(const QString &object, const char *name, const QVariant &value) const
-    {
-        if (QObject *o = find(object))
-            o->setProperty(name, value);
-    }
-
-    QVariant call(const QString &object, const char *method, const QVariantList &args = {}) const
-    {
-        QObject *o = find(object);
-        if (!o)
-            return {};
-        QVariant result;
-        bool ok = false;
-        switch (args.size()) {
-        case 0:
-            ok = QMetaObject::invokeMethod(o, method, Q_RETURN_ARG(QVariant, result));
-            break;
-        case 1:
-            ok = QMetaObject::invokeMethod(o, method, Q_RETURN_ARG(QVariant, result),
-                                           Q_ARG(QVariant, args.at(0)));
-            break;
-        case 2:
-            ok =
-                QMetaObject::invokeMethod(o, method, Q_RETURN_ARG(QVariant, result),
-                                          Q_ARG(QVariant, args.at(0)), Q_ARG(QVariant, args.at(1)));
-            break;
-        default:
-            break;
-        }
-        if (!ok)
-            qWarning("screenshots: cannot call %s on %s", method, qPrintable(object));
-        return result;
-    }
-
-    bool wanted(const QString &name) const { return m_only.isEmpty() || m_only.contains(name); }
-
-    void shoot(const QString &name)
-    {
-        if (!wanted(name))
-            return;
-        settle(150);
-        const QImage image = window()->grabWindow();
-        const QString path = m_folder + u'/' + name + QStringLiteral(".png");
-        if (!image.save(path))
-            qWarning("screenshots: cannot write %s", qPrintable(path));
-        else
-            std::printf("%s\n", qPrintable(path));
-        ++m_count;
-    }
-
-    int count() const { return m_count; }
-
-private:
-    KestrineApp &m_app;
-    QString m_folder;
-    QStringList m_only;
-    int m_count = 0;
-};
-
-/// A JSON answer that arrives after `ms` milliseconds.
-FakeResponse delayed(int status, const QByteArray &body, int ms)
-{
-    FakeResponse response = FakeResponse::json(body, status);
-    response.delay = std::chrono::milliseconds(ms);
-    return response;
-}
-
-QObject *objectProperty(QObject *object, const char *name)
-{
-    return object ? object->property(name).value<QObject *>() : nullptr;
-}
-
-/// The inbox row of pull request `number`, as the inbox model holds it.
-QVariant rowOf(QObject *inbox, qint64 number)
-{
-    const QVariantList rows = objectProperty(inbox, "vm")->property("displayedRows").toList();
-    for (const QVariant &row : rows) {
-        if (row.toMap()
-                .value(QStringLiteral("pr"))
-                .toMap()
-                .value(QStringLiteral("number"))
-                .toLongLong() == number)
-            return row;
-    }
-    return {};
-}
-
-void run(Tour &t)
-{
-    QQuickWindow *window = t.window();
-    QObject *inbox = t.find(QStringLiteral("inboxView"));
-    QObject *inboxVm = objectProperty(inbox, "vm");
-    SettingsStore *settings = SettingsStore::shared();
-    auto inboxLoaded = [&] {
-        return !inboxVm->property("isLoading").toBool() && inboxVm->property("count").toInt() > 0;
-    };
-    auto reloadInbox = [&] {
-        QMetaObject::invokeMethod(inboxVm, "reload");
-        Tour::waitFor([&] { return !inboxVm->property("isLoading").toBool(); });
-        Tour::settle(300);
-    };
-
-    // --- Inbox
-    Tour::waitFor(inboxLoaded);
-    Tour::settle(600);
-    t.shoot(QStringLiteral("inbox"));
-
-    // Pull to refresh, caught while the load runs: the server answers the repository list late.
-    t.demo().server().route("GET", QStringLiteral("/api/v1/user/repos"), delayed(200, "[]", 3000));
-    QMetaObject::invokeMethod(t.find(QStringLiteral("listRefresh")), "trigger");
-    Tour::settle(700);
-    t.shoot(QStringLiteral("inbox-refreshing"));
-    Tour::waitFor([&] { return !inboxVm->property("isLoading").toBool(); });
-    Tour::settle(300);
-    t.shoot(QStringLiteral("inbox-empty"));
-    t.demo().server().clearRoutes();
-    t.demo().simulation()->install(&t.demo().server());
-    reloadInbox();
-
-    // The repository list fails: the inbox keeps what it shows and says why.
-    t.demo().server().route("GET", QStringLiteral("/api/v1/user/repos"),
-                            FakeResponse::json(R"({"message":"internal error"})", 500));
-    reloadInbox();
-    Tour::settle(400);
-    t.shoot(QStringLiteral("inbox-error"));
-    QMetaObject::invokeMethod(t.find(QStringLiteral("inboxErrorAlert")), "close");
-    t.demo().server().clearRoutes();
-    t.demo().simulation()->install(&t.demo().server());
-    reloadInbox();
-
-    const QString token = settings->token();
-    settings->setToken(QString());
-    Tour::settle(300);
-    t.shoot(QStringLiteral("inbox-not-configured"));
-    settings->setToken(token);
-    Tour::settle(200);
-
-    // --- Settings
-    QMetaObject::invokeMethod(inbox, "openSettings");
-    Tour::settle(600);
-    t.shoot(QStringLiteral("settings"));
-    QObject *settingsView = t.find(QStringLiteral("settingsView"));
-    QObject *tester = objectProperty(settingsView, "tester");
-    QMetaObject::invokeMethod(settingsView, "testConnection");
-    Tour::waitFor([&] { return !tester->property("testing").toBool(); });
-    Tour::settle(300);
-    t.shoot(QStringLiteral("settings-test-success"));
-    settingsView->setProperty("instanceURL", QStringLiteral("not a url"));
-    QMetaObject::invokeMethod(settingsView, "testConnection");
-    Tour::waitFor([&] { return !tester->property("testing").toBool(); });
-    Tour::settle(300);
-    t.shoot(QStringLiteral("settings-test-failure"));
-    settingsView->setProperty("instanceURL", settings->instanceURL());
-    settingsView->setProperty("token", QStringLiteral("wrong-token"));
-    QMetaObject::invokeMethod(settingsView, "testConnection");
-    Tour::waitFor([&] { return !tester->property("testing").toBool(); });
-    Tour::settle(300);
-    t.shoot(QStringLiteral("settings-test-unauthorized"));
-    settingsView->setProperty("token", settings->token());
-    settingsView->setProperty("mergeGateMode", int(MergeGateMode::Block));
-    settingsView->setProperty("instanceURL", QStringLiteral("   "));
-    Tour::settle(300);
-    t.shoot(QStringLiteral("settings-save-disabled"));
-    settingsView->setProperty("instanceURL", settings->instanceURL());
-    // The lower half of the form.
-    if (auto *scroll = settingsView->findChild<QQuickItem *>()) {
-        Q_UNUSED(scroll);
-    }
-    for (QQuickItem *item : settingsView->findChildren<QQuickItem *>()) {
-        if (QByteArray(item->metaObject()->className()).startsWith("QQuickFlickable")) {
-            item->setProperty("contentY",
-                              item->property("contentHeight").toReal() - item->height());
-            break;
-        }
-    }
-    Tour::settle(300);
-    t.shoot(QStringLiteral("settings-bottom"));
-    QMetaObject::invokeMethod(objectProperty(settingsView, "logoutConfirm"), "open");
-    Tour::settle(500);
-    t.shoot(QStringLiteral("settings-logout-confirm"));
-    QMetaObject::invokeMethod(objectProperty(settingsView, "logoutConfirm"), "close");
-    Tour::settle(300);
-
-    // Monitored repositories, with two ticked.
-    settingsView->setProperty("monitoredRepos", QStringList{QStringLiteral("norrum/kestrel-web"),
-                                                            QStringLiteral("norrum/harbor")});
-    QMetaObject::invokeMethod(t.find(QStringLiteral("monitoredReposLink")), "clicked");
-    Tour::settle(200);
-    QObject *reposView = t.find(QStringLiteral("monitoredReposView"));
-    Tour::waitFor(
-        [&] { return !objectProperty(reposView, "loader")->property("isLoading").toBool(); });
-    Tour::settle(500);
-    t.shoot(QStringLiteral("monitored-repos"));
-    QMetaObject::invokeMethod(t.find(QStringLiteral("settingsSheet")), "back");
-    Tour::settle(400);
-    t.demo().server().route("GET", QStringLiteral("/api/v1/user/repos"),
-                            FakeResponse::json(R"({"message":"internal error"})", 500));
-    QMetaObject::invokeMethod(t.find(QStringLiteral("monitoredReposLink")), "clicked");
-    Tour::settle(200);
-    reposView = t.find(QStringLiteral("monitoredReposView"));
-    Tour::waitFor(
-        [&] { return !objectProperty(reposView, "loader")->property("isLoading").toBool(); });
-    Tour::settle(500);
-    t.shoot(QStringLiteral("monitored-repos-error"));
-    t.demo().server().clearRoutes();
-    t.demo().simulation()->install(&t.demo().server());
-    QMetaObject::invokeMethod(t.find(QStringLiteral("settingsSheet")), "back");
-    Tour::settle(400);
-
-    // Logs.
-    QMetaObject::invokeMethod(t.find(QStringLiteral("viewLogsLink")), "clicked");
-    Tour::settle(600);
-    t.shoot(QStringLiteral("logs"));
-    QObject *logsView = t.find(QStringLiteral("logsView"));
-    QMetaObject::invokeMethod(logsView, "share");
-    Tour::settle(600);
-    t.shoot(QStringLiteral("logs-share-sheet"));
-    QMetaObject::invokeMethod(t.find(QStringLiteral("copyRow")), "clicked");
-    Tour::settle(300);
-    t.shoot(QStringLiteral("logs-share-copied"));
-    QMetaObject::invokeMethod(objectProperty(logsView, "shareSheet"), "close");
-    Tour::settle(400);
-    const QString savedLog = LogStore::shared()->text();
-    LogStore::shared()->clear();
-    Tour::settle(300);
-    t.shoot(QStringLiteral("logs-empty"));
-    QMetaObject::invokeMethod(t.find(QStringLiteral("settingsSheet")), "back");
-    Tour::settle(400);
-    QMetaObject::invokeMethod(t.find(QStringLiteral("settingsSheet")), "close");
-    Tour::settle(500);
-    Q_UNUSED(savedLog);
-
-    // --- Detail
-    auto openDetail = [&](qint64 number, const QVariant &row) {
-        QMetaObject::invokeMethod(inbox, "openRow", Q_ARG(QVariant, row));
-        Tour::settle(100);
-        QObject *detail = t.find(QStringLiteral("prDetailView"));
-        QObject *vm = objectProperty(detail, "vm");
-        Tour::waitFor([&] {
-            return (vm->property("hasPr").toBool() ||
-                    !vm->property("errorMessage").toString().isEmpty()) &&
-                   !vm->property("isLoading").toBool() &&
-                   !vm->property("isActionsLoading").toBool();
-        });
-        Q_UNUSED(number);
-        Tour::settle(500);
-        return detail;
-    };
-    auto back = [&] {
-        QMetaObject::invokeMethod(window, "back");
-        Tour::settle(500);
-    };
-    auto selectTab = [&](QObject *detail, int tab) {
-        QMetaObject::invokeMethod(detail, "selectTab", Q_ARG(QVariant, tab));
-        Tour::settle(400);
-    };
-
-    // Loading: the pull request answers late.
-    t.demo().server().route("GET", QStringLiteral("/api/v1/repos/norrum/harbor/pulls/142"),
-                            delayed(404, "{}", 2000));
-    QMetaObject::invokeMethod(inbox, "openRow", Q_ARG(QVariant, rowOf(inbox, 142)));
-    Tour::settle(600);
-    t.shoot(QStringLiteral("detail-loading"));
-    Tour::settle(2000);
-    t.shoot(QStringLiteral("detail-load-failed"));
-    QMetaObject::invokeMethod(objectProperty(t.find(QStringLiteral("prDetailView")), "errorAlert"),
-                              "close");
-    Tour::settle(400);
-    t.demo().server().clearRoutes();
-    t.demo().simulation()->install(&t.demo().server());
-    back();
-
-    QObject *detail = openDetail(142, rowOf(inbox, 142));
-    t.shoot(QStringLiteral("detail-overview"));
-    selectTab(detail, 1);
-    t.shoot(QStringLiteral("detail-conversation"));
-    selectTab(detail, 2);
-    t.shoot(QStringLiteral("detail-files"));
-    selectTab(detail, 3);
-    t.shoot(QStringLiteral("detail-checks"));
-    selectTab(detail, 0);
-    QMetaObject::invokeMethod(detail, "openMergeSheet");
-    Tour::settle(600);
-    t.shoot(QStringLiteral("merge-sheet-passing"));
-    QMetaObject::invokeMethod(objectProperty(detail, "mergeSheet"), "close");
-    Tour::settle(400);
-    QObject *reviewButton = t.find(QStringLiteral("reviewButton"));
-    QMetaObject::invokeMethod(reviewButton, "clicked");
-    Tour::settle(500);
-    t.shoot(QStringLiteral("detail-review-menu"));
-    QMetaObject::invokeMethod(objectProperty(detail, "reviewMenu"), "close");
-    Tour::settle(300);
-    QMetaObject::invokeMethod(detail, "openCommentSheet", Q_ARG(QVariant, false));
-    Tour::settle(600);
-    t.shoot(QStringLiteral("comment-sheet"));
-    QObject *commentSheet = objectProperty(detail, "commentSheet");
-    QObject *editor = t.find(QStringLiteral("commentEditor"));
-    editor->setProperty(
-        "text",
-        QStringLiteral(
-            "Let's wait for the 1.4 release branch first.\n\nOtherwise this looks good to me."));
-    Tour::settle(300);
-    t.shoot(QStringLiteral("comment-sheet-text"));
-    QMetaObject::invokeMethod(commentSheet, "close");
-    Tour::settle(400);
-    QMetaObject::invokeMethod(detail, "openCommentSheet", Q_ARG(QVariant, true));
-    Tour::settle(400);
-    t.find(QStringLiteral("commentEditor"))->setProperty("text", QStringLiteral("   \n  "));
-    Tour::settle(300);
-    t.shoot(QStringLiteral("request-changes-sheet-blank"));
-    QMetaObject::invokeMethod(commentSheet, "close");
-    Tour::settle(400);
-    QMetaObject::invokeMethod(objectProperty(detail, "closeConfirm"), "open");
-    Tour::settle(500);
-    t.shoot(QStringLiteral("detail-close-confirm"));
-    QMetaObject::invokeMethod(objectProperty(detail, "closeConfirm"), "close");
-    Tour::settle(400);
-
-    // Busy: an approval that takes its time.
-    t.demo().server().route("POST", QStringLiteral("/api/v1/repos/norrum/harbor/pulls/142/reviews"),
-                            delayed(500, R"({"message":"review failed"})", 1500));
-    QMetaObject::invokeMethod(detail, "approve");
-    Tour::settle(600);
-    t.shoot(QStringLiteral("detail-busy"));
-    Tour::settle(1400);
-    t.shoot(QStringLiteral("detail-error"));
-    QMetaObject::invokeMethod(objectProperty(detail, "errorAlert"), "close");
-    Tour::settle(400);
-    t.demo().server().clearRoutes();
-    t.demo().simulation()->install(&t.demo().server());
-
-    // Diff of one file, then of a file whose section is not found (the whole diff).
-    const QVariantList files = objectProperty(detail, "vm")->property("files").toList();
-    QVariant fetcherFile, docFile;
-    for (const QVariant &file : files) {
-        const QString name = file.toMap().value(QStringLiteral("filename")).toString();
-        if (name == QStringLiteral("fetcher/fetcher.go"))
-            fetcherFile = file;
-        if (name == QStringLiteral("docs/configuration.md"))
-            docFile = file;
-    }
-    QMetaObject::invokeMethod(detail, "openFile", Q_ARG(QVariant, fetcherFile));
-    Tour::settle(200);
-    Tour::waitFor([&] {
-        return !objectProperty(t.find(QStringLiteral("diffView")), "diff")
-                    ->property("isLoading")
-                    .toBool();
-    });
-    Tour::settle(500);
-    t.shoot(QStringLiteral("diff"));
-    back();
-    QMetaObject::invokeMethod(detail, "openFile", Q_ARG(QVariant, docFile));
-    Tour::settle(200);
-    Tour::waitFor([&] {
-        return !objectProperty(t.find(QStringLiteral("diffView")), "diff")
-                    ->property("isLoading")
-                    .toBool();
-    });
-    Tour::settle(500);
-    t.shoot(QStringLiteral("diff-markdown-file"));
-    back();
-    back();
-
-    // A pull request with red CI: its checks, the merge sheet in warn and in block mode, a re-run.
-    detail = openDetail(139, rowOf(inbox, 139));
-    selectTab(detail, 3);
-    t.shoot(QStringLiteral("detail-checks-failing"));
-    QObject *checks = t.find(QStringLiteral("checksTab"));
-    const QVariant failingRun = objectProperty(detail, "vm")->property("runs").toList().value(0);
-    QMetaObject::invokeMethod(detail, "askToRerun", Q_ARG(QVariant, failingRun));
-    Tour::settle(500);
-    t.shoot(QStringLiteral("detail-rerun-confirm"));
-    QMetaObject::invokeMethod(objectProperty(detail, "rerunConfirm"), "close");
-    Tour::settle(400);
-    Q_UNUSED(checks);
-    QMetaObject::invokeMethod(detail, "openMergeSheet");
-    Tour::settle(600);
-    t.shoot(QStringLiteral("merge-sheet-failing-warn"));
-    QMetaObject::invokeMethod(objectProperty(detail, "mergeSheet"), "close");
-    Tour::settle(400);
-    settings->setMergeGateMode(MergeGateMode::Block);
-    Tour::settle(300);
-    t.shoot(QStringLiteral("detail-merge-blocked"));
-    QMetaObject::invokeMethod(detail, "openMergeSheet");
-    Tour::settle(600);
-    t.shoot(QStringLiteral("merge-sheet-failing-block"));
-    QMetaObject::invokeMethod(objectProperty(detail, "mergeSheet"), "close");
-    Tour::settle(400);
-    settings->setMergeGateMode(MergeGateMode::Warn);
-    selectTab(detail, 1);
-    t.shoot(QStringLiteral("detail-conversation-changes"));
-
-    // Job log of the failing test job.
-    const QVariantMap jobs = objectProperty(detail, "vm")->property("jobs").toMap();
-    const QVariantList failingJobs =
-        jobs.value(failingRun.toMap().value(QStringLiteral("id")).toString()).toList();
-    QVariant failingJob;
-    for (const QVariant &job : failingJobs) {
-        if (job.toMap().value(QStringLiteral("conclusion")).toString() == QStringLiteral("failure"))
-            failingJob = job;
-    }
-    QMetaObject::invokeMethod(detail, "openLogs", Q_ARG(QVariant, failingRun),
-                              Q_ARG(QVariant, failingJob));
-    Tour::settle(200);
-    Tour::waitFor([&] {
-        return !objectProperty(t.find(QStringLiteral("jobLogsView")), "log")
-                    ->property("isLoading")
-                    .toBool();
-    });
-    Tour::settle(500);
-    t.shoot(QStringLiteral("job-log"));
-    QMetaObject::invokeMethod(t.find(QStringLiteral("jobLogsView")), "share");
-    Tour::settle(600);
-    t.shoot(QStringLiteral("job-log-share-sheet"));
-    QMetaObject::invokeMethod(objectProperty(t.find(QStringLiteral("jobLogsView")), "shareSheet"),
-                              "close");
-    Tour::settle(400);
-    back();
-    back();
-
-    // A draft whose CI is still running.
-    detail = openDetail(145, rowOf(inbox, 145));
-    t.shoot(QStringLiteral("detail-draft"));
-    selectTab(detail, 3);
-    t.shoot(QStringLiteral("detail-checks-running"));
-    QMetaObject::invokeMethod(detail, "openMergeSheet");
-    Tour::settle(600);
-    t.shoot(QStringLiteral("merge-sheet-running"));
-    QMetaObject::invokeMethod(objectProperty(detail, "mergeSheet"), "close");
-    Tour::settle(400);
-    back();
-
-    // Cancelled CI; no description; a merged pull request.
-    detail = openDetail(61, rowOf(inbox, 61));
-    selectTab(detail, 3);
-    t.shoot(QStringLiteral("detail-checks-cancelled"));
-    QMetaObject::invokeMethod(detail, "openMergeSheet");
-    Tour::settle(600);
-    t.shoot(QStringLiteral("merge-sheet-cancelled"));
-    QMetaObject::invokeMethod(objectProperty(detail, "mergeSheet"), "close");
-    Tour::settle(400);
-    back();
-    detail = openDetail(17, rowOf(inbox, 17));
-    t.shoot(QStringLiteral("detail-no-description"));
-    selectTab(detail, 1);
-    t.shoot(QStringLiteral("detail-no-comments"));
-    selectTab(detail, 3);
-    t.shoot(QStringLiteral("detail-no-runs"));
-    back();
-    QVariantMap mergedRow = rowOf(inbox, 142).toMap();
-    QVariantMap mergedPr;
-    mergedPr.insert(QStringLiteral("number"), 137);
-    mergedRow.insert(QStringLiteral("pr"), mergedPr);
-    detail = openDetail(137, mergedRow);
-    t.shoot(QStringLiteral("detail-merged-pr"));
-    back();
-
-    // Merging: the sheet while the merge is under way, and a merge the server refuses.
-    detail = openDetail(58, rowOf(inbox, 58));
-    QMetaObject::invokeMethod(detail, "openMergeSheet");
-    Tour::settle(600);
-    t.demo().server().route(
-        "POST", QStringLiteral("/api/v1/repos/norrum/kestrel-web/pulls/58/merge"),
-        FakeResponse{
-            405, R"({"message":"Please try again later"})", {}, std::chrono::milliseconds(1500)});
-    QMetaObject::invokeMethod(objectProperty(detail, "mergeSheet"), "merge");
-    Tour::settle(500);
-    t.shoot(QStringLiteral("merge-sheet-merging"));
-    Tour::waitFor(
-        [&] { return !objectProperty(detail, "mergeSheet")->property("isMerging").toBool(); });
-    Tour::settle(600);
-    t.shoot(QStringLiteral("merge-sheet-failed"));
-    QMetaObject::invokeMethod(objectProperty(detail, "errorAlert"), "close");
-    Tour::settle(300);
-    QMetaObject::invokeMethod(objectProperty(detail, "mergeSheet"), "close");
-    Tour::settle(400);
-    t.demo().server().clearRoutes();
-    t.demo().simulation()->install(&t.demo().server());
-    back();
-
-    // A merge that goes through: the confirmation over everything, then back to the inbox.
-    detail = openDetail(23, rowOf(inbox, 23));
-    detail->setProperty("mergedDisplayTime", 60000);
-    QMetaObject::invokeMethod(detail, "openMergeSheet");
-    Tour::settle(600);
-    QMetaObject::invokeMethod(objectProperty(detail, "mergeSheet"), "merge");
-    Tour::waitFor([&] { return detail->property("showMergeSuccess").toBool(); });
-    Tour::settle(700);
-    t.shoot(QStringLiteral("merged-overlay"));
-    back();
-
-    // The inbox reloads once the settings sheet closes after a merge.
-    QMetaObject::invokeMethod(inbox, "openSettings");
-    Tour::settle(500);
-    QMetaObject::invokeMethod(t.find(QStringLiteral("settingsSheet")), "close");
-    Tour::waitFor([&] { return !inboxVm->property("isLoading").toBool(); });
-    Tour::settle(600);
-    t.shoot(QStringLiteral("inbox-after-merge"));
-
-    // A desktop-sized window.
-    window->resize(1280, 800);
-    Tour::settle(600);
-    t.shoot(QStringLiteral("desktop-inbox"));
-    detail = openDetail(142, rowOf(inbox, 142));
-    t.shoot(QStringLiteral("desktop-detail"));
-    back();
-    window->resize(390, 844);
-    Tour::settle(300);
+    QStringList problems = tour.failures();
+    for (const QString &message : ui::BrokenScreenMessages::collected())
+        problems.append(QStringLiteral("broken screen: ") + message);
+    for (const QString &request : stranger.requestLines())
+        problems.append(QStringLiteral("the stranger's host was asked for: ") + request);
+    if (stranger.contacts() > stranger.requestLines().size())
+        problems.append(QStringLiteral("the stranger's host was contacted"));
+    for (const QString &problem : problems)
+        std::fprintf(stderr, "kestrine-screenshots: %s\n", qPrintable(problem));
+    return problems.isEmpty() && !tour.scenes().isEmpty();
 }
 
 } // namespace
@@ -607,22 +48,33 @@ int main(int argc, char *argv[])
 {
     prepareApplication();
     QGuiApplication application(argc, argv);
+    ui::BrokenScreenMessages::install();
     const QStringList args = application.arguments().mid(1);
     if (args.isEmpty()) {
-        qCritical("usage: kestrine-screenshots <output folder> [scene...]");
+        std::fprintf(stderr, "usage: kestrine-screenshots <output folder> [scene...]\n");
         return 2;
     }
-    QDir().mkpath(args.first());
+    if (!QDir().mkpath(args.first())) {
+        std::fprintf(stderr, "kestrine-screenshots: cannot create %s\n", qPrintable(args.first()));
+        return 1;
+    }
 
+    testing::StrangerHost stranger;
+    if (!stranger.listen()) {
+        std::fprintf(stderr, "kestrine-screenshots: no port for the stranger's host\n");
+        return 1;
+    }
     KestrineApp app({.demo = true});
     if (!app.start()) {
-        qCritical("kestrine-screenshots: %s", qPrintable(app.errorString()));
+        std::fprintf(stderr, "kestrine-screenshots: %s\n", qPrintable(app.errorString()));
         return 1;
     }
     Tour tour(app, args.first(), args.mid(1));
     QTimer::singleShot(0, &application, [&] {
-        run(tour);
-        application.exit(tour.count() > 0 ? 0 : 1);
+        tour.run(stranger);
+        for (const QString &file : tour.writtenFiles())
+            std::printf("%s\n", qPrintable(QFileInfo(file).completeBaseName()));
+        application.exit(reportProblems(tour, stranger) ? 0 : 1);
     });
     return application.exec();
 }
