@@ -33,7 +33,9 @@ def styled(name):
 
 
 HOSTILE_LOGIN = 'mal<b>lory&amp;<font color=red>'
-RTL_LOGIN = RLO + "devorppa" + PDF
+# Left open, as a stranger would leave it: the words after it on the same line would be drawn
+# backwards unless the text is set apart.
+RTL_LOGIN = RLO + "devorppa"
 REPO_NAME = "web<b>&amp;<font color=red>"
 HEAD_BRANCH = f"<b>feature</b>/{RLO}gnp.exe"
 TITLE = f"Tidy {styled('title')} {md_img('title')} {RLO}txt.exe"

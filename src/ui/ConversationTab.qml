@@ -41,7 +41,7 @@ TabScroll {
                 Layout.fillWidth: true
                 text: (review.verdict === ReviewState.Approved ? "✅"
                        : review.verdict === ReviewState.ChangesRequested ? "🔴" : "💬")
-                      + " " + root.authorOf(review.modelData) + " "
+                      + " " + Bidi.isolate(root.authorOf(review.modelData)) + " "
                       + (review.verdict === ReviewState.Approved ? "approved"
                          : review.verdict === ReviewState.ChangesRequested ? "requested changes"
                                                                            : "reviewed")

@@ -261,7 +261,7 @@ Page {
                         textFormat: Text.PlainText
                         // Its whole width, unless the line is too narrow for it and the badges.
                         Layout.maximumWidth: Math.max(80, headerColumn.width - 150)
-                        text: (root.repo ? root.repo.full_name : "") + "#" + root.prNumber
+                        text: Bidi.isolate(root.repo ? root.repo.full_name : "") + "#" + root.prNumber
                         elide: Text.ElideMiddle
                         color: Theme.secondaryText
                         font.pixelSize: Theme.caption
@@ -383,8 +383,8 @@ Page {
         objectName: "rerunConfirm"
         title: "Re-run workflow?"
         message: root.showRerunConfirm
-                 ? "Re-run \"" + (root.showRerunConfirm.name !== undefined ? root.showRerunConfirm.name
-                                                                          : "workflow") + "\"?"
+                 ? "Re-run \"" + Bidi.isolate(root.showRerunConfirm.name !== undefined
+                                               ? root.showRerunConfirm.name : "workflow") + "\"?"
                  : ""
         acceptText: "Re-run"
         rejectText: "Cancel"

@@ -189,7 +189,7 @@ Page {
                         objectName: "testResultText"
                         textFormat: Text.PlainText
                         Layout.fillWidth: true
-                        text: tester.succeeded ? "Connected as " + tester.resultText : tester.resultText
+                        text: tester.succeeded ? "Connected as " + Bidi.isolate(tester.resultText) : tester.resultText
                         color: tester.succeeded ? Theme.green : Theme.red
                         font.pixelSize: Theme.callout
                         wrapMode: Text.Wrap

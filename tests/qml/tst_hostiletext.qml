@@ -148,7 +148,8 @@ Item {
             showTab(detail, 1);
             const reviewLines = textsNamed(detail, "reviewLine");
             compare(reviewLines[0], "✅ mal<b>lory&amp;<font color=red> approved");
-            compare(reviewLines[1], "🔴 \u202edevorppa\u202c requested changes");
+            // The login's override ends with the login: the verb after it reads forwards.
+            compare(reviewLines[1], "🔴 \u2068\u202edevorppa\u2069 requested changes");
             const bodies = textsNamed(detail, "reviewBody");
             compare(bodies, vm.reviews.map(review => review.body));
             compare(textsNamed(detail, "commentAuthor"), vm.comments.map(comment => comment.user.login));

@@ -1,7 +1,9 @@
-// The inline formatting of a description's lines: emphasis, code spans and links written afresh
-// as rich text, and nothing of the line itself taken as markup. Also which links may leave the
-// app, and which Qt messages mean a broken screen.
+// The screens' helpers for text from a server: the inline formatting of a description's lines
+// (emphasis, code spans and links written afresh as rich text, and nothing of the line itself taken
+// as markup), which links may leave the app, how a stranger's text is kept from reversing the words
+// around it, and which Qt messages mean a broken screen.
 
+#include "bidi.h"
 #include "externallinks.h"
 #include "inlinemarkdownformat.h"
 #include "screenwarnings.h"
@@ -10,6 +12,7 @@
 #include <QRegularExpression>
 #include <QTest>
 
+using kestrine::ui::Bidi;
 using kestrine::ui::ExternalLinks;
 using kestrine::ui::InlineMarkdownFormat;
 using kestrine::ui::isBrokenScreenMessage;
@@ -24,7 +27,7 @@ QString span(const QString &html)
 
 } // namespace
 
-class TestInlineMarkdownFormat : public QObject
+class TestScreenText : public QObject
 {
     Q_OBJECT
 
@@ -218,6 +221,38 @@ private slots:
         QCOMPARE(ExternalLinks::isOpenable(link), openable);
     }
 
+    void textWithDirectionalFormattingIsSetApart_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QString>("isolated");
+
+        QTest::newRow("plain") << "ann"
+                               << "ann";
+        QTest::newRow("right-to-left letters") << "\u05d3\u05e0\u05d4"
+                                               << "\u05d3\u05e0\u05d4";
+        QTest::newRow("markup") << "<b>x</b>"
+                                << "<b>x</b>";
+        QTest::newRow("empty") << ""
+                               << "";
+        QTest::newRow("override left open") << "\u202edevorppa"
+                                            << "\u2068\u202edevorppa\u2069";
+        QTest::newRow("embedding") << "a\u202bb"
+                                   << "\u2068a\u202bb\u2069";
+        QTest::newRow("isolate left open") << "\u2067x"
+                                           << "\u2068\u2067x\u2069\u2069";
+        QTest::newRow("isolate of its own") << "\u2066x\u2069y"
+                                            << "\u2068\u2066x\u2069y\u2069";
+        QTest::newRow("an end that would end ours early") << "\u2069\u202eevil"
+                                                          << "\u2068\u202eevil\u2069";
+    }
+
+    void textWithDirectionalFormattingIsSetApart()
+    {
+        QFETCH(QString, text);
+        QFETCH(QString, isolated);
+        QCOMPARE(Bidi::isolate(text), isolated);
+    }
+
     void brokenScreenMessages_data()
     {
         QTest::addColumn<int>("type");
@@ -267,5 +302,5 @@ private slots:
     }
 };
 
-QTEST_MAIN(TestInlineMarkdownFormat)
-#include "tst_inlinemarkdownformat.moc"
+QTEST_MAIN(TestScreenText)
+#include "tst_screentext.moc"
