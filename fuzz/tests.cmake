@@ -5,7 +5,8 @@ set(KESTRINE_FUZZ_BUILD_DIR "${CMAKE_BINARY_DIR}-fuzz" CACHE PATH
     "Where the clang configuration with KESTRINE_FUZZ=ON builds the fuzz targets")
 set(KESTRINE_FUZZ_SECONDS 20 CACHE STRING "How long each fuzz target runs as a test")
 
-foreach(target records dates logstore notificationstate inboxcache diff markdown servermessage)
+foreach(target records dates logstore notificationstate inboxcache diff markdown servermessage
+        inlinemarkdown)
     add_test(NAME fuzz_${target}
         COMMAND ${CMAKE_CURRENT_LIST_DIR}/run-fuzzer --seconds ${KESTRINE_FUZZ_SECONDS}
                 ${KESTRINE_FUZZ_BUILD_DIR} ${target})
