@@ -25,6 +25,20 @@ QString span(const QString &html)
            QStringLiteral("</span>");
 }
 
+/// The columns of a table of lines and the rich text each must give.
+void richTextColumns()
+{
+    QTest::addColumn<QString>("line");
+    QTest::addColumn<QString>("html");
+}
+
+void compareRichText()
+{
+    QFETCH(QString, line);
+    QFETCH(QString, html);
+    QCOMPARE(InlineMarkdownFormat::toRichText(line), html);
+}
+
 } // namespace
 
 class TestScreenText : public QObject
@@ -34,8 +48,7 @@ class TestScreenText : public QObject
 private slots:
     void inlineFormattingBecomesItsOwnMarkup_data()
     {
-        QTest::addColumn<QString>("line");
-        QTest::addColumn<QString>("html");
+        richTextColumns();
 
         QTest::newRow("plain") << "Just text." << span("Just text.");
         QTest::newRow("strong and emphasis")
@@ -60,17 +73,11 @@ private slots:
         QTest::newRow("empty") << "" << span("");
     }
 
-    void inlineFormattingBecomesItsOwnMarkup()
-    {
-        QFETCH(QString, line);
-        QFETCH(QString, html);
-        QCOMPARE(InlineMarkdownFormat::toRichText(line), html);
-    }
+    void inlineFormattingBecomesItsOwnMarkup() { compareRichText(); }
 
     void rawHtmlShowsAsTyped_data()
     {
-        QTest::addColumn<QString>("line");
-        QTest::addColumn<QString>("html");
+        richTextColumns();
 
         QTest::newRow("image tag") << "<img src=\"http://host/x.png\">"
                                    << span("&lt;img src=&quot;http://host/x.png&quot;&gt;");
@@ -89,17 +96,11 @@ private slots:
             << "&lt;b&gt; &amp; &#x41;" << span("&lt;b&gt; &amp; A");
     }
 
-    void rawHtmlShowsAsTyped()
-    {
-        QFETCH(QString, line);
-        QFETCH(QString, html);
-        QCOMPARE(InlineMarkdownFormat::toRichText(line), html);
-    }
+    void rawHtmlShowsAsTyped() { compareRichText(); }
 
     void anImageShowsItsAltText_data()
     {
-        QTest::addColumn<QString>("line");
-        QTest::addColumn<QString>("html");
+        richTextColumns();
 
         QTest::newRow("image") << "see ![the chart](http://host/chart.png) here"
                                << span("see the chart here");
@@ -108,12 +109,7 @@ private slots:
             << "[![badge](http://host/b.svg)](https://ci.example.org)" << span("badge");
     }
 
-    void anImageShowsItsAltText()
-    {
-        QFETCH(QString, line);
-        QFETCH(QString, html);
-        QCOMPARE(InlineMarkdownFormat::toRichText(line), html);
-    }
+    void anImageShowsItsAltText() { compareRichText(); }
 
     void anImageWithoutAltTextLeavesNoTraceOfItsAddress()
     {
@@ -124,8 +120,7 @@ private slots:
 
     void aLinkThatMayNotBeOpenedIsItsText_data()
     {
-        QTest::addColumn<QString>("line");
-        QTest::addColumn<QString>("html");
+        richTextColumns();
 
         QTest::newRow("file") << "[x](file:///etc/passwd)" << span("x");
         QTest::newRow("javascript") << "[x](javascript:alert(1))" << span("x");
@@ -135,17 +130,11 @@ private slots:
         QTest::newRow("no host") << "[x](https:///path)" << span("x");
     }
 
-    void aLinkThatMayNotBeOpenedIsItsText()
-    {
-        QFETCH(QString, line);
-        QFETCH(QString, html);
-        QCOMPARE(InlineMarkdownFormat::toRichText(line), html);
-    }
+    void aLinkThatMayNotBeOpenedIsItsText() { compareRichText(); }
 
     void blockMarkersOfALineReadAsTyped_data()
     {
-        QTest::addColumn<QString>("line");
-        QTest::addColumn<QString>("html");
+        richTextColumns();
 
         QTest::newRow("numbered list") << "1. first **one**" << span("1. first <b>one</b>");
         QTest::newRow("numbered with parenthesis") << "2) second" << span("2) second");
@@ -163,12 +152,7 @@ private slots:
         QTest::newRow("carriage return alone") << "\r" << span("");
     }
 
-    void blockMarkersOfALineReadAsTyped()
-    {
-        QFETCH(QString, line);
-        QFETCH(QString, html);
-        QCOMPARE(InlineMarkdownFormat::toRichText(line), html);
-    }
+    void blockMarkersOfALineReadAsTyped() { compareRichText(); }
 
     void aLineThatStaysSeveralParagraphsShowsAsTypedWithoutFormatting()
     {

@@ -80,6 +80,32 @@ struct TourSteps
         return detail;
     }
 
+    /// Opens the diff of `file` from `detail` and waits until it has loaded.
+    static void openDiff(Tour &t, QObject *detail, const QVariant &file)
+    {
+        QMetaObject::invokeMethod(detail, "openFile", Q_ARG(QVariant, file));
+        Tour::settle(200);
+        Tour::waitFor([&] {
+            return !objectProperty(t.find(QStringLiteral("diffView")), "diff")
+                        ->property("isLoading")
+                        .toBool();
+        });
+        Tour::settle(500);
+    }
+
+    /// Opens the log of `job` of `run` from `detail` and waits until it has loaded.
+    static void openLogs(Tour &t, QObject *detail, const QVariant &run, const QVariant &job)
+    {
+        QMetaObject::invokeMethod(detail, "openLogs", Q_ARG(QVariant, run), Q_ARG(QVariant, job));
+        Tour::settle(200);
+        Tour::waitFor([&] {
+            return !objectProperty(t.find(QStringLiteral("jobLogsView")), "log")
+                        ->property("isLoading")
+                        .toBool();
+        });
+        Tour::settle(500);
+    }
+
     static void back(Tour &t)
     {
         QMetaObject::invokeMethod(t.window(), "back");
@@ -399,24 +425,10 @@ void TourSteps::demoScenes(Tour &t)
         if (name == QStringLiteral("docs/configuration.md"))
             docFile = file;
     }
-    QMetaObject::invokeMethod(detail, "openFile", Q_ARG(QVariant, fetcherFile));
-    Tour::settle(200);
-    Tour::waitFor([&] {
-        return !objectProperty(t.find(QStringLiteral("diffView")), "diff")
-                    ->property("isLoading")
-                    .toBool();
-    });
-    Tour::settle(500);
+    openDiff(t, detail, fetcherFile);
     t.shoot(QStringLiteral("diff"));
     back(t);
-    QMetaObject::invokeMethod(detail, "openFile", Q_ARG(QVariant, docFile));
-    Tour::settle(200);
-    Tour::waitFor([&] {
-        return !objectProperty(t.find(QStringLiteral("diffView")), "diff")
-                    ->property("isLoading")
-                    .toBool();
-    });
-    Tour::settle(500);
+    openDiff(t, detail, docFile);
     t.shoot(QStringLiteral("diff-markdown-file"));
     back(t);
     back(t);
@@ -457,15 +469,7 @@ void TourSteps::demoScenes(Tour &t)
         if (job.toMap().value(QStringLiteral("conclusion")).toString() == QStringLiteral("failure"))
             failingJob = job;
     }
-    QMetaObject::invokeMethod(detail, "openLogs", Q_ARG(QVariant, failingRun),
-                              Q_ARG(QVariant, failingJob));
-    Tour::settle(200);
-    Tour::waitFor([&] {
-        return !objectProperty(t.find(QStringLiteral("jobLogsView")), "log")
-                    ->property("isLoading")
-                    .toBool();
-    });
-    Tour::settle(500);
+    openLogs(t, detail, failingRun, failingJob);
     t.shoot(QStringLiteral("job-log"));
     QMetaObject::invokeMethod(t.find(QStringLiteral("jobLogsView")), "share");
     Tour::settle(600);
@@ -594,14 +598,7 @@ void TourSteps::hostileScenes(Tour &t, testing::StrangerHost &stranger)
 
     QObject *vm = objectProperty(detail, "vm");
     const QVariantList files = vm->property("files").toList();
-    QMetaObject::invokeMethod(detail, "openFile", Q_ARG(QVariant, files.value(1)));
-    Tour::settle(200);
-    Tour::waitFor([&] {
-        return !objectProperty(t.find(QStringLiteral("diffView")), "diff")
-                    ->property("isLoading")
-                    .toBool();
-    });
-    Tour::settle(500);
+    openDiff(t, detail, files.value(1));
     t.shoot(QStringLiteral("hostile-diff"));
     back(t);
 
@@ -610,15 +607,7 @@ void TourSteps::hostileScenes(Tour &t, testing::StrangerHost &stranger)
                                   .toMap()
                                   .value(run.toMap().value(QStringLiteral("id")).toString())
                                   .toList();
-    QMetaObject::invokeMethod(detail, "openLogs", Q_ARG(QVariant, run),
-                              Q_ARG(QVariant, jobs.value(1)));
-    Tour::settle(200);
-    Tour::waitFor([&] {
-        return !objectProperty(t.find(QStringLiteral("jobLogsView")), "log")
-                    ->property("isLoading")
-                    .toBool();
-    });
-    Tour::settle(500);
+    openLogs(t, detail, run, jobs.value(1));
     t.shoot(QStringLiteral("hostile-job-log"));
     back(t);
     back(t);
