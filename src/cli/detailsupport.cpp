@@ -49,10 +49,15 @@ QString textArgument(const QString &argument)
 
 bool ensureConfigured(Session &session)
 {
+    return ensureConfigured(session, QStringLiteral("Configure your Gitea instance in Settings."));
+}
+
+bool ensureConfigured(Session &session, const QString &message)
+{
     const SettingsStore &settings = session.settings();
     if (settings.isConfigured() && settings.client())
         return true;
-    console::printError(QStringLiteral("Configure your Gitea instance in Settings."));
+    console::printError(message);
     return false;
 }
 

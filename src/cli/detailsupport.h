@@ -41,8 +41,12 @@ PullRequestTarget targetArgument(const Arguments &arguments);
 QString textArgument(const QString &argument);
 
 /// The app opens a pull request only from a configured inbox; here the same check comes first,
-/// with the inbox's words. Prints them and answers false when no instance or token is set.
+/// with the inbox's words. Prints them and answers false when no instance or token is set, or the
+/// instance URL does not parse.
 bool ensureConfigured(Session &session);
+/// The same check for a command that stands for a screen with words of its own for it (the diff
+/// and job log screens say "Not configured."): prints `message` instead.
+bool ensureConfigured(Session &session, const QString &message);
 
 /// The detail screen's load on appearance. Prints the model's error and answers false when the
 /// pull request itself could not be loaded.

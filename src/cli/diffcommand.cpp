@@ -5,6 +5,7 @@
 #include "detailsupport.h"
 #include "diffmodel.h"
 #include "exitcode.h"
+#include "notconfigured.h"
 #include "session.h"
 
 namespace kestrine::cli {
@@ -15,7 +16,7 @@ QCoro::Task<int> runDiff(Arguments arguments, Session &session)
     const PullRequestTarget target = targetArgument(arguments);
     ChangedFile file;
     file.filename = arguments.positional(2).value_or(QString());
-    if (!ensureConfigured(session))
+    if (!ensureConfigured(session, notConfiguredMessage()))
         co_return ExitCode::Failure;
 
     DiffModel model(target.repo, target.number, file);

@@ -5,6 +5,7 @@
 #include "detailsupport.h"
 #include "exitcode.h"
 #include "joblogmodel.h"
+#include "notconfigured.h"
 #include "session.h"
 
 namespace kestrine::cli {
@@ -15,7 +16,7 @@ QCoro::Task<int> runJobLog(Arguments arguments, Session &session)
     const Repository repo = repositoryArgument(arguments.positional(0).value_or(QString()));
     const qint64 jobID =
         idArgument(arguments.positional(1).value_or(QString()), QStringLiteral("JOB_ID"));
-    if (!ensureConfigured(session))
+    if (!ensureConfigured(session, notConfiguredMessage()))
         co_return ExitCode::Failure;
 
     // The run a job belongs to plays no part in fetching its log.

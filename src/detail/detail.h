@@ -8,4 +8,5 @@
 #include "joblogmodel.h"
 #include "markdownlines.h"
 #include "mergegate.h"
+#include "notconfigured.h"
 #include "prdetailviewmodel.h"

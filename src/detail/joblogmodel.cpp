@@ -1,6 +1,7 @@
 #include "joblogmodel.h"
 
 #include "failure_p.h"
+#include "notconfigured.h"
 #include "qmlrecords_p.h"
 #include "settingsstore.h"
 
@@ -67,7 +68,7 @@ QCoro::Task<> JobLogModel::load()
     setErrorMessage(std::nullopt);
     const std::optional<GiteaClient> configured = SettingsStore::shared()->client();
     if (!configured) {
-        setErrorMessage(QStringLiteral("Not configured."));
+        setErrorMessage(notConfiguredMessage());
         setLoading(false);
         co_return;
     }

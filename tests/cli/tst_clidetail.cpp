@@ -272,26 +272,79 @@ private slots:
     void everyCommandWithoutConfigurationFails_data()
     {
         QTest::addColumn<QStringList>("arguments");
-        QTest::newRow("show") << QStringList{"show", "ann/tool", "7"};
-        QTest::newRow("diff") << QStringList{"diff", "ann/tool", "7", "go.mod"};
-        QTest::newRow("job-log") << QStringList{"job-log", "ann/tool", "101"};
-        QTest::newRow("comment") << QStringList{"comment", "ann/tool", "7", "hi"};
-        QTest::newRow("approve") << QStringList{"approve", "ann/tool", "7"};
-        QTest::newRow("request-changes") << QStringList{"request-changes", "ann/tool", "7", "no"};
-        QTest::newRow("close") << QStringList{"close", "ann/tool", "7"};
-        QTest::newRow("reopen") << QStringList{"reopen", "ann/tool", "7"};
-        QTest::newRow("rerun") << QStringList{"rerun", "ann/tool", "7", "41"};
-        QTest::newRow("merge") << QStringList{"merge", "ann/tool", "7", "--yes"};
+        QTest::addColumn<QString>("message");
+        // The commands that stand for the detail screen use the inbox's words, from which the app
+        // opens a pull request; diff and job-log say what their own screens say.
+        const QString inboxWords = QStringLiteral("Configure your Gitea instance in Settings.\n");
+        const QString screenWords = QStringLiteral("Not configured.\n");
+        QTest::newRow("show") << QStringList{"show", "ann/tool", "7"} << inboxWords;
+        QTest::newRow("diff") << QStringList{"diff", "ann/tool", "7", "go.mod"} << screenWords;
+        QTest::newRow("job-log") << QStringList{"job-log", "ann/tool", "101"} << screenWords;
+        QTest::newRow("comment") << QStringList{"comment", "ann/tool", "7", "hi"} << inboxWords;
+        QTest::newRow("approve") << QStringList{"approve", "ann/tool", "7"} << inboxWords;
+        QTest::newRow("request-changes")
+            << QStringList{"request-changes", "ann/tool", "7", "no"} << inboxWords;
+        QTest::newRow("close") << QStringList{"close", "ann/tool", "7"} << inboxWords;
+        QTest::newRow("reopen") << QStringList{"reopen", "ann/tool", "7"} << inboxWords;
+        QTest::newRow("rerun") << QStringList{"rerun", "ann/tool", "7", "41"} << inboxWords;
+        QTest::newRow("merge") << QStringList{"merge", "ann/tool", "7", "--yes"} << inboxWords;
     }
 
     void everyCommandWithoutConfigurationFails()
     {
         QFETCH(QStringList, arguments);
+        QFETCH(QString, message);
         QCOMPARE(cli->run({QStringLiteral("logout")}).exitCode, 0);
 
         const CliResult result = cli->run(arguments);
 
-        QCOMPARE(result.errText(), QStringLiteral("Configure your Gitea instance in Settings.\n"));
+        QCOMPARE(result.errText(), message);
+        QCOMPARE(result.exitCode, 1);
+        QVERIFY(result.out.isEmpty());
+        QVERIFY(gitea->server().requests().isEmpty());
+        QVERIFY(cli->storedLog().isEmpty());
+    }
+
+    void diffAndJobLogSayNotConfiguredWithoutAUsableInstance_data()
+    {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<QString>("cause");
+        const QList<std::pair<const char *, QStringList>> commands{
+            {"diff", QStringList{"diff", "ann/tool", "9", "go.mod"}},
+            {"job-log", QStringList{"job-log", "ann/tool", "101"}},
+        };
+        for (const auto &[name, arguments] : commands) {
+            for (const char *cause :
+                 {"no token", "stored URL that does not parse", "KESTRINE_URL that does not parse"})
+                QTest::addRow("%s, %s", name, cause) << arguments << QString::fromLatin1(cause);
+        }
+    }
+
+    void diffAndJobLogSayNotConfiguredWithoutAUsableInstance()
+    {
+        QFETCH(QStringList, arguments);
+        QFETCH(QString, cause);
+        if (cause == u"no token") {
+            // The instance is the test's server, so a request made without the token would show.
+            QCOMPARE(cli->run({QStringLiteral("logout")}).exitCode, 0);
+            cli->environment.insert(QStringLiteral("KESTRINE_URL"), gitea->url());
+        } else if (cause == u"stored URL that does not parse") {
+            // No scheme: a relative path, not an instance.
+            const CliResult login = cli->run({QStringLiteral("login"), QStringLiteral("--url"),
+                                              QStringLiteral("git.example.org")},
+                                             SeededGitea::annToken.toUtf8() + '\n');
+            QCOMPARE(login.exitCode, 0);
+        } else {
+            // A scheme without a host, over the stored instance and token of init().
+            cli->environment.insert(QStringLiteral("KESTRINE_URL"), QStringLiteral("https://"));
+        }
+        const CliResult settings = cli->run({QStringLiteral("settings"), QStringLiteral("--json")});
+        QCOMPARE(QJsonDocument::fromJson(settings.out)[QStringLiteral("isConfigured")].toBool(),
+                 cause != u"no token");
+
+        const CliResult result = cli->run(arguments);
+
+        QCOMPARE(result.errText(), QStringLiteral("Not configured.\n"));
         QCOMPARE(result.exitCode, 1);
         QVERIFY(result.out.isEmpty());
         QVERIFY(gitea->server().requests().isEmpty());

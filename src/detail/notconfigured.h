@@ -1,0 +1,14 @@
+#pragma once
+
+#include <QString>
+
+namespace kestrine {
+
+/// What the diff and job log screens say when the settings yield no client; kestrine-cli's diff
+/// and job-log say the same.
+inline QString notConfiguredMessage()
+{
+    return QStringLiteral("Not configured.");
+}
+
+} // namespace kestrine
