@@ -10,6 +10,7 @@
 #include "storagemode.h"
 
 #include <QCoreApplication>
+#include <QPointer>
 #include <QQuickStyle>
 #include <QQuickWindow>
 #include <QtQml/qqmlextensionplugin.h>
@@ -68,10 +69,16 @@ bool KestrineApp::start()
 
     // 3. The window, on the inbox.
     m_engine.load(mainQml);
-    if (!window()) {
+    QQuickWindow *const shown = window();
+    if (!shown) {
         m_error = QStringLiteral("The window could not be created.");
         return false;
     }
+    // The app is in front while its window is active; a phone would not show the app's own
+    // notifications then, and neither does the app here. The first pass can only end after
+    // start() has returned, so none is posted before this is in place.
+    m_notificationCenter->setForegroundTest(
+        [window = QPointer<QQuickWindow>(shown)] { return window && window->isActive(); });
     return true;
 }
 

@@ -45,6 +45,8 @@ void FreedesktopNotificationCenter::post(const QString &identifier, const QStrin
     const QVariant stored = defaultsStore().value(authorizationKey);
     if (stored.typeId() == QMetaType::Bool && !stored.toBool())
         return;
+    if (m_isInForeground && m_isInForeground())
+        return;
     QDBusMessage notify =
         QDBusMessage::createMethodCall(service, path, service, QStringLiteral("Notify"));
     const QVariantMap hints{
@@ -55,6 +57,11 @@ void FreedesktopNotificationCenter::post(const QString &identifier, const QStrin
     notify << QStringLiteral("Kestrine") << uint(0) << QStringLiteral("com.norrum.kestrine")
            << title << body << QStringList() << hints << int(-1);
     QDBusConnection::sessionBus().asyncCall(notify);
+}
+
+void FreedesktopNotificationCenter::setForegroundTest(ForegroundTest isInForeground)
+{
+    m_isInForeground = std::move(isInForeground);
 }
 
 } // namespace kestrine

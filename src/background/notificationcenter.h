@@ -3,6 +3,7 @@
 #include <QCoroTask>
 #include <QObject>
 #include <QString>
+#include <functional>
 
 namespace kestrine {
 
@@ -33,19 +34,35 @@ protected:
 /// Notifications on a Linux phone or desktop: org.freedesktop.Notifications on the session bus.
 /// A desktop has no permission prompt, so "not determined" lasts until the first request, whose
 /// answer is kept in the defaults store.
+///
+/// A phone does not present an app's own notifications while that app is in front, unless the app
+/// asks for it; Kestrine does not ask. A notification server shows everything it is sent, so this
+/// centre keeps that rule itself: a notification posted while the app is in front counts as
+/// delivered but is not sent. What "in front" means is the app entry's to say (the background
+/// layer knows no windows); without a foreground test, as in a run from the systemd timer, every
+/// notification is sent.
 class FreedesktopNotificationCenter : public QObject, public NotificationCenter
 {
     Q_OBJECT
 
 public:
+    /// Answers whether the app is in front of the user at this moment.
+    using ForegroundTest = std::function<bool()>;
+
     explicit FreedesktopNotificationCenter(QObject *parent = nullptr);
 
     QCoro::Task<Authorization> authorizationStatus() override;
     QCoro::Task<bool> requestAuthorization() override;
     void post(const QString &identifier, const QString &title, const QString &body) override;
 
+    /// Asked at every post; an empty test means the app is never in front.
+    void setForegroundTest(ForegroundTest isInForeground);
+
     /// The defaults key that holds the answer of requestAuthorization().
     static const QString authorizationKey;
+
+private:
+    ForegroundTest m_isInForeground;
 };
 
 } // namespace kestrine

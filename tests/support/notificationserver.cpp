@@ -1,6 +1,8 @@
 #include "notificationserver.h"
 
 #include <QDBusConnectionInterface>
+#include <QElapsedTimer>
+#include <QTest>
 
 namespace kestrine::testing {
 
@@ -42,6 +44,20 @@ uint NotificationServer::Notify(const QString &appName, uint, const QString &,
 {
     received.append({appName, summary, body, hints});
     return m_nextId++;
+}
+
+QStringList NotificationServer::takeArrived(qsizetype count)
+{
+    QElapsedTimer waited;
+    waited.start();
+    while (received.size() < count && waited.elapsed() < 5000)
+        QTest::qWait(20);
+    QTest::qWait(100);
+    QStringList lines;
+    for (const Received &notification : std::as_const(received))
+        lines.append(notification.summary + u'|' + notification.body);
+    received.clear();
+    return lines;
 }
 
 QStringList NotificationServer::GetCapabilities()

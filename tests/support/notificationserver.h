@@ -31,6 +31,11 @@ public:
 
     QList<Received> received;
 
+    /// Waits until `count` notifications have arrived (five seconds at most), then a little longer
+    /// so that any that follow are caught too; answers each as "summary|body", in order of
+    /// arrival, and forgets them.
+    QStringList takeArrived(qsizetype count);
+
 public slots:
     uint Notify(const QString &appName, uint replacesId, const QString &appIcon,
                 const QString &summary, const QString &body, const QStringList &actions,
