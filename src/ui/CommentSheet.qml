@@ -25,9 +25,9 @@ Sheet {
                                         : shownMode === CommentSheet.RequestChanges ? "Request changes"
                                                                                      : "Comment"
     readonly property bool canSubmit: text.trim() !== ""
-    // Characters as typed, blanks and line breaks included; a character outside the basic plane
-    // counts once.
-    readonly property int characterCount: Array.from(text).length
+    // Characters as typed and as a person sees them, blanks and line breaks included: "👍🏽", an
+    // accented letter made of two code points, a flag or "\r\n" each count once.
+    readonly property int characterCount: Characters.count(text)
 
     function submit() {
         if (!canSubmit)

@@ -202,6 +202,50 @@ Item {
             verify(submit.enabled);
         }
 
+        function test_counterCountsCharactersAsAPersonSeesThem_data() {
+            return [
+                { tag: "thumbs up with a skin tone", text: "\u{1F44D}\u{1F3FD}", count: "1 characters" },
+                { tag: "e with a combining acute accent", text: "e\u0301", count: "1 characters" },
+                { tag: "flag of two regional indicators", text: "\u{1F1E9}\u{1F1EA}", count: "1 characters" },
+                { tag: "family joined by zero-width joiners",
+                  text: "\u{1F468}\u200D\u{1F469}\u200D\u{1F467}\u200D\u{1F466}", count: "1 characters" },
+                { tag: "a sentence mixing them", text: "Cafe\u0301 \u{1F44D}\u{1F3FD} \u{1F1E9}\u{1F1EA}!",
+                  count: "9 characters" }
+            ];
+        }
+
+        function test_counterCountsCharactersAsAPersonSeesThem(data) {
+            const sheet = openCommentSheet(false).commentSheet;
+            sheetItem(sheet, "commentEditor").text = data.text;
+            compare(sheetItem(sheet, "characterCount").text, data.count);
+            verify(sheetItem(sheet, "submitButton").enabled);
+        }
+
+        function test_counterCountsACarriageReturnAndLineFeedOnce() {
+            // The editor keeps a typed line break as "\n"; a text set on the sheet keeps "\r\n".
+            const sheet = openCommentSheet(false).commentSheet;
+            sheet.text = "\r\n";
+            compare(sheetItem(sheet, "characterCount").text, "1 characters");
+            verify(!sheetItem(sheet, "submitButton").enabled);
+            sheet.text = "ok\r\n\r\n";
+            compare(sheetItem(sheet, "characterCount").text, "4 characters");
+        }
+
+        function test_counterCountsTypedCharacters() {
+            const sheet = openCommentSheet(false).commentSheet;
+            const editor = sheetItem(sheet, "commentEditor");
+            tryVerify(() => editor.activeFocus);
+            keyClick(Qt.Key_Space);
+            keyClick(Qt.Key_Return);
+            compare(sheetItem(sheet, "characterCount").text, "2 characters");
+            verify(!sheetItem(sheet, "submitButton").enabled);
+            keyClick(Qt.Key_O);
+            keyClick(Qt.Key_K);
+            compare(editor.text, " \nok");
+            compare(sheetItem(sheet, "characterCount").text, "4 characters");
+            verify(sheetItem(sheet, "submitButton").enabled);
+        }
+
         function test_commentIsSentWithoutItsOuterBlanks() {
             const detail = openCommentSheet(false);
             const sheet = detail.commentSheet;
