@@ -55,14 +55,28 @@ public:
     QCoro::Task<bool> requestAuthorization() override;
     void post(const QString &identifier, const QString &title, const QString &body) override;
 
+    /// Resumes once every notification posted so far has been handed to the session bus: a
+    /// process that ends after a pass waits for this, or its last notifications are lost.
+    QCoro::Task<> allSent();
+
     /// Asked at every post; an empty test means the app is never in front.
     void setForegroundTest(ForegroundTest isInForeground);
 
     /// The defaults key that holds the answer of requestAuthorization().
     static const QString authorizationKey;
 
+    /// `text` for a notification body that a server reads as markup: "&", "<" and ">" escaped.
+    static QString escapedMarkup(const QString &text);
+
+signals:
+    void sendingFinished();
+
 private:
+    static void send(const QString &identifier, const QString &title, const QString &body);
+
     ForegroundTest m_isInForeground;
+    /// Posted, still waiting for the server's capabilities before it is sent.
+    int m_unsent = 0;
 };
 
 } // namespace kestrine

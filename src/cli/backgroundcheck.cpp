@@ -66,6 +66,7 @@ QCoro::Task<> BackgroundCheck::settle()
 {
     if (m_runningPasses > 0)
         co_await qCoro(this, &BackgroundCheck::passesFinished);
+    co_await m_center->allSent();
     if (m_center->hasPosted())
         flushSessionBus();
 }

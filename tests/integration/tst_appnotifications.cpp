@@ -64,6 +64,15 @@ private:
     std::optional<KestrineApp> app;
     QQuickWindow *window = nullptr;
 
+    /// Shows `other` and makes it the active window, as another app coming to the front.
+    static void activate(QWindow &other)
+    {
+        other.resize(100, 100);
+        other.show();
+        other.requestActivate();
+        QVERIFY(QTest::qWaitForWindowActive(&other));
+    }
+
     /// One pass of the check the app installed, as the inbox and the background task run it.
     int pass()
     {
@@ -140,7 +149,8 @@ private slots:
 
         // Behind, the next news shows, and it is the only one that reaches the server: had the
         // first been sent, it would have arrived before.
-        window->hide();
+        QWindow other;
+        activate(other);
         QTRY_VERIFY(!window->isActive());
         openPulls.append(pull(8, QStringLiteral("Second")));
         QCOMPARE(pass(), 1);
@@ -152,22 +162,19 @@ private slots:
     {
         QTest::addColumn<bool>("hidden");
         QTest::newRow("window hidden") << true;
-        QTest::newRow("another window active") << false;
+        QTest::newRow("another window in front") << false;
     }
 
     void aPassWhileTheWindowIsBehindShowsItsNotifications()
     {
         QFETCH(bool, hidden);
-        QWindow other;
-        if (hidden) {
+        // The offscreen platform keeps a hidden window active until another one is; a desktop or
+        // phone activates another window itself.
+        if (hidden)
             window->hide();
-        } else {
-            other.resize(100, 100);
-            other.show();
-            other.requestActivate();
-            QVERIFY(QTest::qWaitForWindowActive(&other));
-            QVERIFY(window->isVisible());
-        }
+        QWindow other;
+        activate(other);
+        QCOMPARE(window->isVisible(), !hidden);
         QTRY_VERIFY(!window->isActive());
 
         QCOMPARE(pass(), 1);

@@ -151,6 +151,7 @@ private slots:
         statePath = service->stateFilePath();
         QFile::remove(statePath);
         notifications->received.clear();
+        notifications->capabilities = {QStringLiteral("body"), QStringLiteral("sound")};
     }
 
     void cleanup()
@@ -426,6 +427,35 @@ private slots:
         QTRY_COMPARE(notifications->received.size(), 1);
         QCOMPARE(notifications->received.first().appName, QStringLiteral("Kestrine"));
         QVERIFY(notifications->received.first().hints.contains(QStringLiteral("sound-name")));
+    }
+
+    void aTitleWithMarkupReachesTheServerAsText_data()
+    {
+        QTest::addColumn<bool>("readsMarkup");
+        QTest::addColumn<QString>("body");
+        const QString title =
+            QStringLiteral("<b>Tidy</b> & <img src=\"http://127.0.0.1:9/x.png\"> &amp;");
+        QTest::newRow("server that reads markup")
+            << true
+            << QStringLiteral("&lt;b&gt;Tidy&lt;/b&gt; &amp; &lt;img "
+                              "src=\"http://127.0.0.1:9/x.png\"&gt; &amp;amp; — ann/tool");
+        QTest::newRow("server that shows plain text")
+            << false << title + QStringLiteral(" — ann/tool");
+    }
+
+    void aTitleWithMarkupReachesTheServerAsText()
+    {
+        QFETCH(bool, readsMarkup);
+        QFETCH(QString, body);
+        if (readsMarkup)
+            notifications->capabilities.append(QStringLiteral("body-markup"));
+        world.repositories = {QStringLiteral("ann/tool")};
+        world.pulls[QStringLiteral("ann/tool")] = {
+            pull(7, QStringLiteral("<b>Tidy</b> & <img src=\"http://127.0.0.1:9/x.png\"> &amp;"),
+                 QStringLiteral("s7"))};
+
+        QCOMPARE(pass(), 1);
+        QCOMPARE(arrived(1), QStringList{QStringLiteral("New PR|") + body});
     }
 
     void notificationsPostedWhileTheAppIsInFrontAreDeliveredButNotSent()

@@ -62,7 +62,7 @@ QStringList NotificationServer::takeArrived(qsizetype count)
 
 QStringList NotificationServer::GetCapabilities()
 {
-    return {QStringLiteral("body"), QStringLiteral("sound")};
+    return capabilities;
 }
 
 QString NotificationServer::GetServerInformation(QString &vendor, QString &version,

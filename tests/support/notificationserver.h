@@ -30,6 +30,8 @@ public:
     bool start();
 
     QList<Received> received;
+    /// What GetCapabilities answers; a test adds "body-markup" for a server that reads markup.
+    QStringList capabilities{QStringLiteral("body"), QStringLiteral("sound")};
 
     /// Waits until `count` notifications have arrived (five seconds at most), then a little longer
     /// so that any that follow are caught too; answers each as "summary|body", in order of
