@@ -11,7 +11,8 @@ ifneq ($(shell command -v ccache 2>/dev/null),)
 CMAKE_FLAGS += -DCMAKE_CXX_COMPILER_LAUNCHER=ccache
 endif
 
-.PHONY: all deps configure build test test-asan run install screenshots bench format clean
+.PHONY: all deps configure build test test-asan run install screenshots bench format clean \
+        check-packages
 
 all: build
 
@@ -96,6 +97,13 @@ screenshots: configure
 # units of the background check. The units name kestrine-cli by its path under PREFIX.
 install: build
 	@DESTDIR="$(DESTDIR)" cmake --install $(BUILD_DIR) --prefix "$(PREFIX)"
+
+# Traces the test suite, the app, kestrine-cli and the screenshot tool with strace and fails when
+# a Debian package whose files they open is neither in tools/debian-packages.txt nor pulled in by
+# one (Depends and Pre-Depends only, as `make deps` installs no Recommends). Needs strace, which
+# nothing else needs. Run it after adding a library, a plugin, a font or a tool the tests run.
+check-packages: build fuzz-build
+	@tools/check-runtime-packages --build-dir $(BUILD_DIR) --jobs $(JOBS)
 
 bench: build
 	@for b in $(BUILD_DIR)/bench/bench_*; do [ -x "$$b" ] && "$$b"; done
