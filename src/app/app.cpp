@@ -74,11 +74,13 @@ bool KestrineApp::start()
         m_error = QStringLiteral("The window could not be created.");
         return false;
     }
-    // The app is in front while its window is active; a phone would not show the app's own
-    // notifications then, and neither does the app here. The first pass can only end after
+    // The app is in front while its window is on screen and active; a phone would not show the
+    // app's own notifications then, and neither does the app here. Both are asked: not every
+    // platform takes the focus from a window that it hides. The first pass can only end after
     // start() has returned, so none is posted before this is in place.
-    m_notificationCenter->setForegroundTest(
-        [window = QPointer<QQuickWindow>(shown)] { return window && window->isActive(); });
+    m_notificationCenter->setForegroundTest([window = QPointer<QQuickWindow>(shown)] {
+        return window && window->isExposed() && window->isActive();
+    });
     return true;
 }
 

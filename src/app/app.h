@@ -24,9 +24,9 @@ struct AppOptions
 };
 
 /// The app entry: it creates the settings, registers the background task and opens the one window
-/// on the inbox, in that order. While that window is active the app is in front, and the
-/// notifications of its background check are not shown. Everything it creates lives as long as
-/// this object; create it after the QGuiApplication and destroy it before.
+/// on the inbox, in that order. While that window is on screen and active the app is in front,
+/// and the notifications of its background check are not shown. Everything it creates lives as
+/// long as this object; create it after the QGuiApplication and destroy it before.
 class KestrineApp
 {
 public:

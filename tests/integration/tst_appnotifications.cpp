@@ -135,6 +135,7 @@ private slots:
 
     void aPassWhileTheWindowIsActiveIsCarriedOutButShowsNothing()
     {
+        QVERIFY(window->isExposed());
         QVERIFY(window->isActive());
         const qsizetype logged = LogStore::shared()->count();
 
@@ -168,14 +169,17 @@ private slots:
     void aPassWhileTheWindowIsBehindShowsItsNotifications()
     {
         QFETCH(bool, hidden);
-        // The offscreen platform keeps a hidden window active until another one is; a desktop or
-        // phone activates another window itself.
-        if (hidden)
-            window->hide();
+        // A hidden window is behind even where the platform leaves it the focus, as the offscreen
+        // one does.
         QWindow other;
-        activate(other);
-        QCOMPARE(window->isVisible(), !hidden);
-        QTRY_VERIFY(!window->isActive());
+        if (hidden) {
+            window->hide();
+            QTRY_VERIFY(!window->isExposed());
+        } else {
+            activate(other);
+            QVERIFY(window->isVisible());
+            QTRY_VERIFY(!window->isActive());
+        }
 
         QCOMPARE(pass(), 1);
         QCOMPARE(notifications->takeArrived(1),
