@@ -1,6 +1,7 @@
 #include "detailsupport.h"
 
 #include "console.h"
+#include "inboxviewmodel.h"
 #include "prdetailviewmodel.h"
 #include "session.h"
 #include "settingsstore.h"
@@ -49,7 +50,7 @@ QString textArgument(const QString &argument)
 
 bool ensureConfigured(Session &session)
 {
-    return ensureConfigured(session, QStringLiteral("Configure your Gitea instance in Settings."));
+    return ensureConfigured(session, InboxViewModel::notConfiguredText());
 }
 
 bool ensureConfigured(Session &session, const QString &message)

@@ -99,7 +99,7 @@ QCoro::Task<> InboxViewModel::load()
     SettingsStore *settings = SettingsStore::shared();
     const std::optional<GiteaClient> configuredClient = settings->client();
     if (!settings->isConfigured() || !configuredClient) {
-        setErrorMessage(QStringLiteral("Configure your Gitea instance in Settings."));
+        setErrorMessage(notConfiguredText());
         co_return;
     }
     const QPointer<InboxViewModel> self(this);

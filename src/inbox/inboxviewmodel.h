@@ -27,6 +27,12 @@ class InboxViewModel : public QObject
     Q_PROPERTY(QString errorMessage READ errorText NOTIFY errorMessageChanged)
 
 public:
+    /// What the inbox says when no instance or token is set, or the instance URL does not parse.
+    static QString notConfiguredText()
+    {
+        return QStringLiteral("Configure your Gitea instance in Settings.");
+    }
+
     explicit InboxViewModel(QObject *parent = nullptr);
     /// A model over a given cache file instead of the one in the caches directory.
     InboxViewModel(InboxCache cache, QObject *parent = nullptr);

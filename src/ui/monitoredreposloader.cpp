@@ -3,6 +3,7 @@
 #include "apierror.h"
 #include "giteaclient.h"
 #include "jsoncodec.h"
+#include "notconfigured.h"
 #include "settingsstore.h"
 
 #include <QPointer>
@@ -27,7 +28,7 @@ QCoro::Task<> MonitoredReposLoader::load()
     // The saved settings, not what the settings screen holds unsaved.
     const std::optional<GiteaClient> configured = SettingsStore::shared()->client();
     if (!configured || !SettingsStore::shared()->isConfigured()) {
-        setErrorMessage(QStringLiteral("Not configured."));
+        setErrorMessage(notConfiguredMessage());
         setLoading(false);
         co_return;
     }
