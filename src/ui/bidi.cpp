@@ -3,18 +3,23 @@
 #include <algorithm>
 
 namespace kestrine::ui {
+namespace {
 
-Bidi::Bidi(QObject *parent)
-    : QObject(parent)
-{}
-
-bool Bidi::hasDirectionalFormatting(const QString &text)
+/// Whether `text` holds an explicit directional formatting character: an embedding, override or
+/// isolate, or the end of one (U+202A to U+202E, U+2066 to U+2069).
+bool hasDirectionalFormatting(const QString &text)
 {
     return std::any_of(text.cbegin(), text.cend(), [](QChar c) {
         const char16_t u = c.unicode();
         return (u >= 0x202A && u <= 0x202E) || (u >= 0x2066 && u <= 0x2069);
     });
 }
+
+} // namespace
+
+Bidi::Bidi(QObject *parent)
+    : QObject(parent)
+{}
 
 QString Bidi::isolate(const QString &text)
 {

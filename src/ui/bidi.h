@@ -19,10 +19,6 @@ class Bidi : public QObject
 public:
     explicit Bidi(QObject *parent = nullptr);
 
-    /// Whether `text` holds an explicit directional formatting character: an embedding,
-    /// override or isolate, or the end of one (U+202A to U+202E, U+2066 to U+2069).
-    static bool hasDirectionalFormatting(const QString &text);
-
     /// `text` between U+2068 FIRST STRONG ISOLATE and U+2069 POP DIRECTIONAL ISOLATE when it holds
     /// directional formatting, with the ends of isolates it never opened left out and those it
     /// leaves open ended; `text` itself otherwise.

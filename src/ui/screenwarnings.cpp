@@ -63,10 +63,4 @@ QStringList BrokenScreenMessages::collected()
     return collectedMessages();
 }
 
-void BrokenScreenMessages::clear()
-{
-    const QMutexLocker lock(&collectedMutex());
-    collectedMessages().clear();
-}
-
 } // namespace kestrine::ui

@@ -23,7 +23,6 @@ public:
     /// Starts collecting. Installing again is harmless: the handler is installed once.
     static void install();
     static QStringList collected();
-    static void clear();
 };
 
 } // namespace kestrine::ui
