@@ -8,3 +8,4 @@
 #include "jsoncodec.h"
 #include "logsink.h"
 #include "records.h"
+#include "weblinks.h"

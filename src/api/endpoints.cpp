@@ -2,6 +2,7 @@
 // a free coroutine, so a request stays valid even when the client it was called on is gone.
 
 #include "giteaclient.h"
+#include "paging_p.h"
 #include "requestcore_p.h"
 
 #include <QJsonDocument>
@@ -22,8 +23,14 @@ struct ListEnvelope
 {
     using List = QList<Item>;
     std::optional<List> items;
+    /// The size of the whole list, over all pages.
+    std::optional<qint64> totalCount;
 
-    static constexpr auto fields() { return std::tuple{field(Key, &ListEnvelope::items)}; }
+    static constexpr auto fields()
+    {
+        return std::tuple{field(Key, &ListEnvelope::items),
+                          field("total_count", &ListEnvelope::totalCount)};
+    }
 };
 
 constexpr char workflowRunsKey[] = "workflow_runs";
@@ -148,6 +155,39 @@ QCoro::Task<QString> fetchText(GiteaClient client, QString path)
     co_return utf8Text(bytes);
 }
 
+/// Every page of a list answered as a plain JSON array.
+template <class T>
+QCoro::Task<PagedList<T>> fetchPages(GiteaClient client, QString path)
+{
+    PagedList<T> list;
+    const QString token = client.token();
+    list.cut = co_await http::getPages(
+        std::move(client), std::move(path), [&list, &token](const QByteArray &body) {
+            const auto page = http::decodeBody<QList<T>>(body, token);
+            list.items.append(page);
+            return http::PageContent{page.size(), std::nullopt};
+        });
+    co_return list;
+}
+
+/// Every page of a list answered in an envelope, whose total counts the pages still to come
+/// where the server sends no paging headers.
+template <class Envelope>
+QCoro::Task<PagedList<typename Envelope::List::value_type>> fetchEnvelopePages(GiteaClient client,
+                                                                               QString path)
+{
+    PagedList<typename Envelope::List::value_type> list;
+    const QString token = client.token();
+    list.cut = co_await http::getPages(
+        std::move(client), std::move(path), [&list, &token](const QByteArray &body) {
+            const auto envelope = http::decodeBody<Envelope>(body, token);
+            const auto page = envelope.items.value_or(typename Envelope::List());
+            list.items.append(page);
+            return http::PageContent{page.size(), envelope.totalCount};
+        });
+    co_return list;
+}
+
 template <class Envelope>
 QCoro::Task<typename Envelope::List> fetchEnvelope(GiteaClient client, QString path,
                                                    std::optional<QueryItems> query)
@@ -197,11 +237,11 @@ QCoro::Task<PRUser> GiteaClient::currentUser() const
     return fetch<PRUser>(*this, QStringLiteral("user"));
 }
 
-QCoro::Task<QList<PullReview>> GiteaClient::reviews(QString owner, QString repo,
-                                                    qint64 number) const
+QCoro::Task<PagedList<PullReview>> GiteaClient::reviews(QString owner, QString repo,
+                                                        qint64 number) const
 {
-    return fetch<QList<PullReview>>(*this,
-                                    pullPath(owner, repo, number) + QStringLiteral("/reviews"));
+    return fetchPages<PullReview>(*this,
+                                  pullPath(owner, repo, number) + QStringLiteral("/reviews"));
 }
 
 QCoro::Task<QList<IssueComment>> GiteaClient::comments(QString owner, QString repo,
@@ -211,17 +251,16 @@ QCoro::Task<QList<IssueComment>> GiteaClient::comments(QString owner, QString re
                                       issuePath(owner, repo, number) + QStringLiteral("/comments"));
 }
 
-QCoro::Task<QList<ChangedFile>> GiteaClient::changedFiles(QString owner, QString repo,
-                                                          qint64 number) const
+QCoro::Task<PagedList<ChangedFile>> GiteaClient::changedFiles(QString owner, QString repo,
+                                                              qint64 number) const
 {
-    return fetch<QList<ChangedFile>>(*this,
-                                     pullPath(owner, repo, number) + QStringLiteral("/files"));
+    return fetchPages<ChangedFile>(*this, pullPath(owner, repo, number) + QStringLiteral("/files"));
 }
 
-QCoro::Task<QList<PRCommit>> GiteaClient::commits(QString owner, QString repo, qint64 number) const
+QCoro::Task<PagedList<PRCommit>> GiteaClient::commits(QString owner, QString repo,
+                                                      qint64 number) const
 {
-    return fetch<QList<PRCommit>>(*this,
-                                  pullPath(owner, repo, number) + QStringLiteral("/commits"));
+    return fetchPages<PRCommit>(*this, pullPath(owner, repo, number) + QStringLiteral("/commits"));
 }
 
 QCoro::Task<QString> GiteaClient::diff(QString owner, QString repo, qint64 number) const
@@ -237,10 +276,10 @@ QCoro::Task<QList<ActionRun>> GiteaClient::runs(QString owner, QString repo, QSt
                                                   {QStringLiteral("limit"), QStringLiteral("20")}});
 }
 
-QCoro::Task<QList<ActionJob>> GiteaClient::jobs(QString owner, QString repo, qint64 runID) const
+QCoro::Task<PagedList<ActionJob>> GiteaClient::jobs(QString owner, QString repo, qint64 runID) const
 {
-    return fetchEnvelope<JobsEnvelope>(*this, runPath(owner, repo, runID) + QStringLiteral("/jobs"),
-                                       std::nullopt);
+    return fetchEnvelopePages<JobsEnvelope>(*this,
+                                            runPath(owner, repo, runID) + QStringLiteral("/jobs"));
 }
 
 QCoro::Task<QString> GiteaClient::jobLogs(QString owner, QString repo, qint64 jobID) const

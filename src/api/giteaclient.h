@@ -13,6 +13,26 @@
 
 namespace kestrine {
 
+/// How much of a list arrived when the page bound stopped fetching before the server's last page.
+struct ListCut
+{
+    /// The items that arrived.
+    qsizetype shown = 0;
+    /// How many the server said there are in all, when it said so.
+    std::optional<qint64> total;
+
+    bool operator==(const ListCut &) const = default;
+};
+
+/// A list the server hands out page by page, with every page fetched up to the bound.
+template <class T>
+struct PagedList
+{
+    QList<T> items;
+    /// Set only when the bound stopped the fetch while the server still named a further page.
+    std::optional<ListCut> cut;
+};
+
 /// The one way the app talks to a Gitea server: an immutable, cheap-to-copy value holding the
 /// instance URL, the access token, the HTTP session and the log that every request writes one
 /// line to. Build a fresh one for each piece of work (the settings hand them out), so that a
@@ -20,6 +40,9 @@ namespace kestrine {
 class GiteaClient
 {
 public:
+    /// How many pages of one list are fetched at most: a server that always names a next page
+    /// must not keep the client busy forever.
+    static constexpr int maxListPages = 100;
     /// How long a transfer may stall before it fails.
     static constexpr std::chrono::milliseconds defaultTimeout{30000};
 
@@ -35,8 +58,14 @@ public:
     std::chrono::milliseconds timeout() const { return m_timeout; }
 
     // The Gitea endpoints the app uses. Each fails with APIError or TransportError as the request
-    // core describes, leaves exactly one log line, and neither catches nor retries anything.
+    // core describes, leaves one log line per request, and neither catches nor retries anything.
     // `owner` and `repo` are inserted into paths as given (a repository's owner login and name).
+    //
+    // The lists returned as PagedList are asked for once without a query, as a server that holds
+    // them on one page expects; when the answer names a further page (a "Link" header with
+    // rel="next", or a total count larger than what arrived), each further page is one more
+    // request to the same endpoint at the instance URL, never to the host a link names. A failing
+    // page fails the whole list.
 
     /// The repositories the token can see, 50 a page, at most 10 pages (500 repositories): a
     /// failing page fails the whole call.
@@ -45,15 +74,16 @@ public:
     QCoro::Task<QList<PullRequest>> pullRequests(QString owner, QString repo) const;
     QCoro::Task<PullRequest> pullRequest(QString owner, QString repo, qint64 number) const;
     QCoro::Task<PRUser> currentUser() const;
-    QCoro::Task<QList<PullReview>> reviews(QString owner, QString repo, qint64 number) const;
+    QCoro::Task<PagedList<PullReview>> reviews(QString owner, QString repo, qint64 number) const;
     QCoro::Task<QList<IssueComment>> comments(QString owner, QString repo, qint64 number) const;
-    QCoro::Task<QList<ChangedFile>> changedFiles(QString owner, QString repo, qint64 number) const;
-    QCoro::Task<QList<PRCommit>> commits(QString owner, QString repo, qint64 number) const;
+    QCoro::Task<PagedList<ChangedFile>> changedFiles(QString owner, QString repo,
+                                                     qint64 number) const;
+    QCoro::Task<PagedList<PRCommit>> commits(QString owner, QString repo, qint64 number) const;
     /// The pull request's unified diff as text; a body that is not UTF-8 is an invalid response.
     QCoro::Task<QString> diff(QString owner, QString repo, qint64 number) const;
     /// The Actions runs of one head commit (at most 20).
     QCoro::Task<QList<ActionRun>> runs(QString owner, QString repo, QString sha) const;
-    QCoro::Task<QList<ActionJob>> jobs(QString owner, QString repo, qint64 runID) const;
+    QCoro::Task<PagedList<ActionJob>> jobs(QString owner, QString repo, qint64 runID) const;
     /// A job's raw log as text; a body that is not UTF-8 is an invalid response.
     QCoro::Task<QString> jobLogs(QString owner, QString repo, qint64 jobID) const;
     QCoro::Task<> rerun(QString owner, QString repo, qint64 runID) const;

@@ -138,8 +138,25 @@ QString withoutToken(QString text, const QString &token)
     return text;
 }
 
+QByteArray Response::header(QByteArrayView name) const
+{
+    for (const auto &[headerName, value] : headers) {
+        if (name.compare(headerName, Qt::CaseInsensitive) == 0)
+            return value;
+    }
+    return {};
+}
+
 QCoro::Task<QByteArray> request(GiteaClient client, QString path, QByteArray method,
                                 std::optional<QueryItems> query, std::optional<QByteArray> body)
+{
+    const Response response = co_await exchange(
+        std::move(client), std::move(path), std::move(method), std::move(query), std::move(body));
+    co_return response.body;
+}
+
+QCoro::Task<Response> exchange(GiteaClient client, QString path, QByteArray method,
+                               std::optional<QueryItems> query, std::optional<QByteArray> body)
 {
     if (client.isCancelled())
         throw TransportError(QNetworkReply::OperationCanceledError,
@@ -182,7 +199,8 @@ QCoro::Task<QByteArray> request(GiteaClient client, QString path, QByteArray met
     const QByteArray responseBody = reply->readAll();
     if (status >= 200 && status <= 299) {
         writeLog(client, LogLevel::Info, logPrefix + QString::number(status));
-        co_return responseBody;
+        // Qt joins repeated headers of one name with ", ", the list form a "Link" header takes.
+        co_return Response{responseBody, reply->url(), reply->rawHeaderPairs()};
     }
     if (status == 401 || status == 403) {
         writeLog(client, LogLevel::Error,

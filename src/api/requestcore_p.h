@@ -39,9 +39,26 @@ std::optional<QString> serverMessage(const QByteArray &body);
 /// masking them would garble ordinary words ("t" in "not allowed").
 QString withoutToken(QString text, const QString &token);
 
-/// Sends one request and answers the body of a 2xx response. Fails with APIError for every other
+/// A 2xx answer.
+struct Response
+{
+    QByteArray body;
+    /// Where the answer came from, after any redirect followed: the base of relative links.
+    QUrl url;
+    QList<std::pair<QByteArray, QByteArray>> headers;
+
+    /// The value of the header `name` (case-insensitive); null when absent.
+    QByteArray header(QByteArrayView name) const;
+};
+
+/// Sends one request and answers the 2xx response. Fails with APIError for every other
 /// HTTP outcome (after writing its log line) and with TransportError, unlogged, when no HTTP
 /// answer arrived. `path` has no leading "/" and is logged as given.
+QCoro::Task<Response> exchange(GiteaClient client, QString path, QByteArray method,
+                               std::optional<QueryItems> query = std::nullopt,
+                               std::optional<QByteArray> body = std::nullopt);
+
+/// exchange(), for callers that need only the body.
 QCoro::Task<QByteArray> request(GiteaClient client, QString path, QByteArray method,
                                 std::optional<QueryItems> query = std::nullopt,
                                 std::optional<QByteArray> body = std::nullopt);

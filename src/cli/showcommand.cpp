@@ -1,11 +1,13 @@
 // show: one load of the detail model, printed tab by tab as the detail screen shows it.
 
+#include "changedfilemark.h"
 #include "command.h"
 #include "console.h"
 #include "dates.h"
 #include "detailsupport.h"
 #include "exitcode.h"
 #include "jsonoutput.h"
+#include "listcut.h"
 #include "prdetailviewmodel.h"
 #include "session.h"
 
@@ -61,6 +63,14 @@ QString description(const PullRequest &pr)
     return pr.body && !pr.body->isEmpty() ? *pr.body : QStringLiteral("No description.");
 }
 
+/// The notice under a list the page bound cut short, indented as the list's items; none for a
+/// complete list.
+void appendCutNotice(QStringList &lines, const std::optional<ListCut> &cut, const QString &prefix)
+{
+    if (cut)
+        lines.append(prefix + u'(' + listCutNotice(*cut) + u')');
+}
+
 QString reviewLine(const PullReview &review)
 {
     const QString author = review.user ? review.user->login : QStringLiteral("unknown");
@@ -84,6 +94,7 @@ QString conversation(const PRDetailViewModel &model)
             if (review.body && !review.body->isEmpty())
                 lines.append(indented(*review.body, indent + indent));
         }
+        appendCutNotice(lines, model.reviewsCut(), indent);
     }
     lines.append(QStringLiteral("Comments"));
     if (model.comments().isEmpty())
@@ -99,18 +110,6 @@ QString conversation(const PRDetailViewModel &model)
     return lines.join(u'\n');
 }
 
-QString statusMark(const ChangedFile &file)
-{
-    const QString status = file.status.value_or(QString());
-    if (status == u"added")
-        return QStringLiteral("＋");
-    if (status == u"removed")
-        return QStringLiteral("－");
-    if (status == u"renamed")
-        return QStringLiteral("→");
-    return QStringLiteral("✎");
-}
-
 QString files(const PRDetailViewModel &model)
 {
     QStringList lines{QStringLiteral("Files")};
@@ -118,10 +117,11 @@ QString files(const PRDetailViewModel &model)
         lines.append(indent + QStringLiteral("No changed files."));
     for (const ChangedFile &file : model.files()) {
         lines.append(QStringLiteral("%1%2 %3  +%4 −%5")
-                         .arg(indent, statusMark(file), file.filename)
+                         .arg(indent, changedFileMark(file.status), file.filename)
                          .arg(file.additions)
                          .arg(file.deletions));
     }
+    appendCutNotice(lines, model.filesCut(), indent);
     return lines.join(u'\n');
 }
 
@@ -140,8 +140,43 @@ QString checks(const PRDetailViewModel &model)
                              .arg(indent + indent, CIStatus::name(CIStatus::forJob(job)), job.name)
                              .arg(job.id));
         }
+        appendCutNotice(lines, model.jobsCut(run.id), indent + indent);
     }
     return lines.join(u'\n');
+}
+
+/// {"shown": N, "total": M} for a list the page bound cut short; "total" only when the server
+/// gave one.
+QJsonObject cutEntry(const ListCut &cut)
+{
+    QJsonObject entry{{QStringLiteral("shown"), qint64(cut.shown)}};
+    if (cut.total)
+        entry.insert(QStringLiteral("total"), *cut.total);
+    return entry;
+}
+
+/// The lists the page bound cut short, by name, a run's jobs under "jobs" by run id: empty when
+/// every list is whole.
+QJsonObject cutLists(const PRDetailViewModel &model)
+{
+    QJsonObject cuts;
+    const std::pair<QString, std::optional<ListCut>> lists[] = {
+        {QStringLiteral("reviews"), model.reviewsCut()},
+        {QStringLiteral("files"), model.filesCut()},
+        {QStringLiteral("commits"), model.commitsCut()},
+    };
+    for (const auto &[name, cut] : lists) {
+        if (cut)
+            cuts.insert(name, cutEntry(*cut));
+    }
+    QJsonObject jobs;
+    for (const ActionRun &run : model.runs()) {
+        if (const std::optional<ListCut> cut = model.jobsCut(run.id))
+            jobs.insert(QString::number(run.id), cutEntry(*cut));
+    }
+    if (!jobs.isEmpty())
+        cuts.insert(QStringLiteral("jobs"), jobs);
+    return cuts;
 }
 
 QJsonObject report(const PRDetailViewModel &model)
@@ -162,6 +197,7 @@ QJsonObject report(const PRDetailViewModel &model)
         {QStringLiteral("commits"), json(model.commits())},
         {QStringLiteral("runs"), json(model.runs())},
         {QStringLiteral("jobs"), jobs},
+        {QStringLiteral("cut"), cutLists(model)},
     };
 }
 
@@ -195,8 +231,8 @@ Command showCommand()
          {},
          {{jsonOption,
            {},
-           QStringLiteral("print {pr, ciStatus, reviews, comments, files, commits, runs, jobs} "
-                          "as JSON")}}},
+           QStringLiteral("print {pr, ciStatus, reviews, comments, files, commits, runs, jobs, "
+                          "cut} as JSON")}}},
         QStringLiteral("Loads the pull request as its detail screen does and prints, one block "
                        "each:\n"
                        "  the title, and OWNER/REPO#NUMBER · state · CI summary · review "
@@ -206,7 +242,9 @@ Command showCommand()
                        "  the changed files with their added and removed line counts;\n"
                        "  the workflow runs of the head commit and their jobs, with the ids that "
                        "rerun and\n"
-                       "  job-log take."),
+                       "  job-log take.\n"
+                       "Every page of each list is fetched, up to 100 pages; a list cut short "
+                       "there says so."),
         runShow,
     };
 }

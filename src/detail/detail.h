@@ -3,9 +3,11 @@
 // The pull request detail layer's public surface: the detail model with its actions and merge
 // gate, the diff and job log models, and the Markdown line classifier.
 
+#include "changedfilemark.h"
 #include "diffmodel.h"
 #include "diffparser.h"
 #include "joblogmodel.h"
+#include "listcut.h"
 #include "markdownlines.h"
 #include "mergegate.h"
 #include "notconfigured.h"

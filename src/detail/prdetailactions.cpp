@@ -153,7 +153,7 @@ QCoro::Task<> PRDetailViewModel::submitReview(QString state, std::optional<QStri
         const std::optional<QString> author = loginOf(*review.value);
         reviews.removeIf([&author](const PullReview &other) { return loginOf(other) == author; });
         reviews.append(*review.value);
-        setReviews(reviews);
+        setReviews({reviews, m_reviewsCut});
     } else if (!review.failure->isCancellation) {
         setErrorMessage(review.failure->description);
     }

@@ -3,6 +3,7 @@
 #include "prdetailviewmodel.h"
 
 #include "failure_p.h"
+#include "listcut.h"
 #include "logstore.h"
 #include "qmlrecords_p.h"
 #include "settingsstore.h"
@@ -118,20 +119,20 @@ QCoro::Task<> PRDetailViewModel::load()
         co_return;
     setComments(commentsAnswer.value.value_or(QList<IssueComment>()));
 
-    const Attempted<QList<PullReview>> reviewsAnswer = co_await std::move(reviews);
+    const Attempted<PagedList<PullReview>> reviewsAnswer = co_await std::move(reviews);
     if (stopped())
         co_return;
-    setReviews(reviewsAnswer.value.value_or(QList<PullReview>()));
+    setReviews(reviewsAnswer.value.value_or(PagedList<PullReview>()));
 
-    const Attempted<QList<ChangedFile>> filesAnswer = co_await std::move(files);
+    const Attempted<PagedList<ChangedFile>> filesAnswer = co_await std::move(files);
     if (stopped())
         co_return;
-    setFiles(filesAnswer.value.value_or(QList<ChangedFile>()));
+    setFiles(filesAnswer.value.value_or(PagedList<ChangedFile>()));
 
-    const Attempted<QList<PRCommit>> commitsAnswer = co_await std::move(commits);
+    const Attempted<PagedList<PRCommit>> commitsAnswer = co_await std::move(commits);
     if (stopped())
         co_return;
-    setCommits(commitsAnswer.value.value_or(QList<PRCommit>()));
+    setCommits(commitsAnswer.value.value_or(PagedList<PRCommit>()));
 
     // Without a head commit there is nothing to ask Actions about; runs and jobs keep whatever
     // they held.
@@ -174,10 +175,11 @@ QCoro::Task<> PRDetailViewModel::loadRuns(GiteaClient client, QString sha)
     // One run after another. Entries of runs that have since disappeared are left in place.
     for (const ActionRun &run : *runs.value) {
         const qint64 runID = run.id;
-        const Attempted<QList<ActionJob>> jobs = co_await attempt(client.jobs(owner, name, runID));
+        const Attempted<PagedList<ActionJob>> jobs =
+            co_await attempt(client.jobs(owner, name, runID));
         if (stopped())
             co_return;
-        setJobs(runID, jobs.value.value_or(QList<ActionJob>()));
+        setJobs(runID, jobs.value.value_or(PagedList<ActionJob>()));
     }
     endRunsLoad();
 }
@@ -209,27 +211,30 @@ void PRDetailViewModel::setComments(const QList<IssueComment> &comments)
     emit commentsChanged();
 }
 
-void PRDetailViewModel::setReviews(const QList<PullReview> &reviews)
+void PRDetailViewModel::setReviews(const PagedList<PullReview> &reviews)
 {
-    if (m_reviews == reviews)
+    if (m_reviews == reviews.items && m_reviewsCut == reviews.cut)
         return;
-    m_reviews = reviews;
+    m_reviews = reviews.items;
+    m_reviewsCut = reviews.cut;
     emit reviewsChanged();
 }
 
-void PRDetailViewModel::setFiles(const QList<ChangedFile> &files)
+void PRDetailViewModel::setFiles(const PagedList<ChangedFile> &files)
 {
-    if (m_files == files)
+    if (m_files == files.items && m_filesCut == files.cut)
         return;
-    m_files = files;
+    m_files = files.items;
+    m_filesCut = files.cut;
     emit filesChanged();
 }
 
-void PRDetailViewModel::setCommits(const QList<PRCommit> &commits)
+void PRDetailViewModel::setCommits(const PagedList<PRCommit> &commits)
 {
-    if (m_commits == commits)
+    if (m_commits == commits.items && m_commitsCut == commits.cut)
         return;
-    m_commits = commits;
+    m_commits = commits.items;
+    m_commitsCut = commits.cut;
     emit commitsChanged();
 }
 
@@ -242,13 +247,28 @@ void PRDetailViewModel::setRuns(const QList<ActionRun> &runs)
     updateMergeGate();
 }
 
-void PRDetailViewModel::setJobs(qint64 runID, const QList<ActionJob> &jobs)
+void PRDetailViewModel::setJobs(qint64 runID, const PagedList<ActionJob> &jobs)
 {
     const auto existing = m_jobs.constFind(runID);
-    if (existing != m_jobs.constEnd() && *existing == jobs)
+    if (existing != m_jobs.constEnd() && *existing == jobs.items && jobsCut(runID) == jobs.cut)
         return;
-    m_jobs.insert(runID, jobs);
+    m_jobs.insert(runID, jobs.items);
+    if (jobs.cut)
+        m_jobsCuts.insert(runID, *jobs.cut);
+    else
+        m_jobsCuts.remove(runID);
     emit jobsChanged();
+}
+
+std::optional<ListCut> PRDetailViewModel::jobsCut(qint64 runID) const
+{
+    const auto found = m_jobsCuts.constFind(runID);
+    return found == m_jobsCuts.constEnd() ? std::nullopt : std::optional(*found);
+}
+
+QString PRDetailViewModel::filesCutNotice() const
+{
+    return m_filesCut ? listCutNotice(*m_filesCut) : QString();
 }
 
 void PRDetailViewModel::beginLoad()

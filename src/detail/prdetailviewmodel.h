@@ -42,6 +42,8 @@ class PRDetailViewModel : public QObject
     Q_PROPERTY(QVariant comments READ qmlComments NOTIFY commentsChanged)
     Q_PROPERTY(QVariant reviews READ qmlReviews NOTIFY reviewsChanged)
     Q_PROPERTY(QVariant files READ qmlFiles NOTIFY filesChanged)
+    /// "Showing the first N of M." when the page bound cut the files short, else "".
+    Q_PROPERTY(QString filesCutNotice READ filesCutNotice NOTIFY filesChanged)
     Q_PROPERTY(QVariant commits READ qmlCommits NOTIFY commitsChanged)
     Q_PROPERTY(QVariant runs READ qmlRuns NOTIFY runsChanged)
     /// Run id in decimal -> that run's jobs.
@@ -78,6 +80,13 @@ public:
     const QList<PRCommit> &commits() const { return m_commits; }
     const QList<ActionRun> &runs() const { return m_runs; }
     const JobsByRun &jobs() const { return m_jobs; }
+    // How much of a list arrived when the page bound stopped its fetch early; nothing when the
+    // whole list is there.
+    const std::optional<ListCut> &reviewsCut() const { return m_reviewsCut; }
+    const std::optional<ListCut> &filesCut() const { return m_filesCut; }
+    const std::optional<ListCut> &commitsCut() const { return m_commitsCut; }
+    std::optional<ListCut> jobsCut(qint64 runID) const;
+    QString filesCutNotice() const;
     bool isLoading() const { return m_loadsInFlight > 0; }
     bool isActionsLoading() const { return m_runLoadsInFlight > 0; }
     const std::optional<QString> &errorMessage() const { return m_errorMessage; }
@@ -165,11 +174,11 @@ private:
 
     void setPr(const std::optional<PullRequest> &pr);
     void setComments(const QList<IssueComment> &comments);
-    void setReviews(const QList<PullReview> &reviews);
-    void setFiles(const QList<ChangedFile> &files);
-    void setCommits(const QList<PRCommit> &commits);
+    void setReviews(const PagedList<PullReview> &reviews);
+    void setFiles(const PagedList<ChangedFile> &files);
+    void setCommits(const PagedList<PRCommit> &commits);
     void setRuns(const QList<ActionRun> &runs);
-    void setJobs(qint64 runID, const QList<ActionJob> &jobs);
+    void setJobs(qint64 runID, const PagedList<ActionJob> &jobs);
     void beginLoad();
     void endLoad();
     void beginRunsLoad();
@@ -187,6 +196,10 @@ private:
     QList<PRCommit> m_commits;
     QList<ActionRun> m_runs;
     JobsByRun m_jobs;
+    std::optional<ListCut> m_reviewsCut;
+    std::optional<ListCut> m_filesCut;
+    std::optional<ListCut> m_commitsCut;
+    QMap<qint64, ListCut> m_jobsCuts;
     // Counters rather than flags: a load that a newer one replaced still ends on its own.
     int m_loadsInFlight = 0;
     int m_runLoadsInFlight = 0;

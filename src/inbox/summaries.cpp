@@ -8,6 +8,19 @@ QString lower(const std::optional<QString> &text)
     return text.value_or(QString()).toLower();
 }
 
+/// A run or job that is executing: Gitea says "in_progress" (for its running and cancelling
+/// states); "running" is what other servers and older data say.
+bool isExecuting(const QString &status)
+{
+    return status == u"in_progress" || status == u"running";
+}
+
+/// Not finished: executing, "queued" for a runner, or "waiting" while blocked.
+bool isUnfinished(const QString &status)
+{
+    return isExecuting(status) || status == u"queued" || status == u"waiting";
+}
+
 std::optional<CIStatus::Value> fromConclusion(const QString &conclusion)
 {
     if (conclusion == u"success")
@@ -25,8 +38,7 @@ CIStatus::Value CIStatus::from(const QList<ActionRun> &runs)
 {
     bool seenSuccess = false;
     for (const ActionRun &run : runs) {
-        const QString status = lower(run.status);
-        if (status == u"running" || status == u"queued" || status == u"waiting")
+        if (isUnfinished(lower(run.status)))
             return Running;
         const auto concluded = fromConclusion(lower(run.conclusion));
         if (concluded == Success)
@@ -39,8 +51,7 @@ CIStatus::Value CIStatus::from(const QList<ActionRun> &runs)
 
 CIStatus::Value CIStatus::forRun(const ActionRun &run)
 {
-    const QString status = lower(run.status);
-    if (status == u"running" || status == u"queued" || status == u"waiting")
+    if (isUnfinished(lower(run.status)))
         return Running;
     return fromConclusion(lower(run.conclusion)).value_or(Unknown);
 }
@@ -48,9 +59,23 @@ CIStatus::Value CIStatus::forRun(const ActionRun &run)
 CIStatus::Value CIStatus::forJob(const ActionJob &job)
 {
     const QString status = job.status.toLower();
-    if (status == u"running" || status == u"queued")
+    if (isExecuting(status) || status == u"queued")
         return Running;
     return fromConclusion(lower(job.conclusion)).value_or(Unknown);
+}
+
+bool CIStatus::jobFailed(const ActionJob &job)
+{
+    const QString conclusion = lower(job.conclusion);
+    return conclusion == u"failure" || conclusion == u"cancelled";
+}
+
+bool CIStatus::jobHasRun(const ActionJob &job)
+{
+    const QString status = job.status.toLower();
+    if (isUnfinished(status) || status == u"requested")
+        return false;
+    return !lower(job.conclusion).isEmpty();
 }
 
 QString CIStatus::name(Value value)

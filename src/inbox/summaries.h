@@ -26,6 +26,10 @@ public:
     };
     Q_ENUM(Value)
 
+    // A run or job is in progress while its status (any letter case) is "in_progress" (Gitea's
+    // word while it executes), "running", "queued" or "waiting"; for a single job, "waiting"
+    // does not count.
+
     /// The summary of a pull request's runs, in the server's order (newest first): the first run
     /// still in progress, failed or cancelled decides; otherwise any success makes it a success.
     static Value from(const QList<ActionRun> &runs);
@@ -33,6 +37,11 @@ public:
     static Value forRun(const ActionRun &run);
     /// One job on its own. Unlike a run, a "waiting" job is not counted as running.
     static Value forJob(const ActionJob &job);
+    /// The job concluded "failure" or "cancelled" (any case): it can be re-run.
+    static bool jobFailed(const ActionJob &job);
+    /// The job is past "queued", "in_progress", "running", "waiting" and "requested" and has a
+    /// conclusion: it has a log to show.
+    static bool jobHasRun(const ActionJob &job);
 
     /// "running", "success", "failure", "cancelled" or "unknown": how a summary is stored.
     static QString name(Value value);

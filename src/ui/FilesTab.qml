@@ -15,17 +15,6 @@ Item {
 
     signal openFile(var file)
 
-    // The mark of a file's status, compared exactly: "Added" is not "added".
-    function statusMark(status) {
-        if (status === "added")
-            return "＋";
-        if (status === "removed")
-            return "－";
-        if (status === "renamed")
-            return "→";
-        return "✎";
-    }
-
     ListView {
         id: list
         objectName: "fileList"
@@ -37,6 +26,8 @@ Item {
         topMargin: 6
         // The empty list stays, so that it can still be pulled down to reload.
         header: root.files.length === 0 ? emptyNote : null
+        // A pull request with more files than the client fetches pages of says so below the last.
+        footer: root.vm.filesCutNotice !== "" ? cutNote : null
         bottomMargin: root.bottomInset
         flickableDirection: Flickable.VerticalFlick
         boundsBehavior: Flickable.DragAndOvershootBounds
@@ -59,7 +50,7 @@ Item {
                 Label {
                     objectName: "statusMark"
                     textFormat: Text.PlainText
-                    text: root.statusMark(fileRow.modelData.status)
+                    text: SummaryRules.fileMark(fileRow.modelData.status)
                     color: Theme.secondaryText
                     font.pixelSize: Theme.body
                 }
@@ -113,6 +104,23 @@ Item {
             leftPadding: Theme.margin
             topPadding: Theme.margin - 6
             text: "No changed files."
+            color: Theme.secondaryText
+            font.pixelSize: Theme.callout
+        }
+    }
+
+    Component {
+        id: cutNote
+        Label {
+            objectName: "filesCutNotice"
+            textFormat: Text.PlainText
+            width: list.width
+            leftPadding: Theme.margin
+            rightPadding: Theme.margin
+            topPadding: Theme.margin
+            bottomPadding: Theme.margin
+            wrapMode: Text.Wrap
+            text: root.vm.filesCutNotice
             color: Theme.secondaryText
             font.pixelSize: Theme.callout
         }

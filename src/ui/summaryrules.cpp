@@ -1,5 +1,6 @@
 #include "summaryrules.h"
 
+#include "changedfilemark.h"
 #include "jsoncodec.h"
 #include "records.h"
 #include "summaries.h"
@@ -45,22 +46,21 @@ int SummaryRules::jobStatus(const QVariant &job) const
 bool SummaryRules::jobFailed(const QVariant &job) const
 {
     const auto decoded = record<ActionJob>(job);
-    if (!decoded)
-        return false;
-    const QString conclusion = decoded->conclusion.value_or(QString()).toLower();
-    return conclusion == u"failure" || conclusion == u"cancelled";
+    return decoded && CIStatus::jobFailed(*decoded);
 }
 
 bool SummaryRules::jobHasRun(const QVariant &job) const
 {
     const auto decoded = record<ActionJob>(job);
-    if (!decoded)
-        return false;
-    const QString status = decoded->status.toLower();
-    if (status == u"queued" || status == u"running" || status == u"waiting" ||
-        status == u"requested")
-        return false;
-    return !decoded->conclusion.value_or(QString()).isEmpty();
+    return decoded && CIStatus::jobHasRun(*decoded);
+}
+
+QString SummaryRules::fileMark(const QVariant &status) const
+{
+    // QML hands an absent status over as undefined or null.
+    return changedFileMark(status.metaType() == QMetaType::fromType<QString>()
+                               ? std::optional(status.toString())
+                               : std::nullopt);
 }
 
 int SummaryRules::reviewState(const QVariant &review) const

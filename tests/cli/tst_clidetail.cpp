@@ -189,7 +189,7 @@ private slots:
                                 "\n"
                                 "Files\n"
                                 "  → docs/UPLOAD.md  +1 −1\n"
-                                "  ✎ uploader/legacy.go  +0 −6\n"
+                                "  － uploader/legacy.go  +0 −6\n"
                                 "  ＋ uploader/retry.go  +21 −0\n"
                                 "  ✎ uploader/upload.go  +8 −6\n"
                                 "\n"

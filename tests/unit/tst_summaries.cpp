@@ -54,8 +54,35 @@ private slots:
         QCOMPARE(CIStatus::from({concluded("success"), concluded("skipped")}), CIStatus::Success);
         QCOMPARE(CIStatus::from({concluded("skipped")}), CIStatus::Unknown);
         QCOMPARE(CIStatus::from({}), CIStatus::Unknown);
-        QCOMPARE(CIStatus::from({concluded("success"), run("in_progress", nullptr)}),
-                 CIStatus::Success);
+    }
+
+    void inProgressIsGiteasWordForARunningRunOrJob()
+    {
+        // Gitea reports an executing run or job as "in_progress", never as "running".
+        QCOMPARE(CIStatus::from({run("in_progress", nullptr)}), CIStatus::Running);
+        QCOMPARE(CIStatus::from({concluded("success"), run("IN_PROGRESS", nullptr)}),
+                 CIStatus::Running);
+        QCOMPARE(CIStatus::from({run("In_Progress", nullptr), concluded("failure")}),
+                 CIStatus::Running);
+        QCOMPARE(CIStatus::forRun(run("in_progress", "failure")), CIStatus::Running);
+        QCOMPARE(CIStatus::forJob(job("in_progress", nullptr)), CIStatus::Running);
+        QCOMPARE(CIStatus::forJob(job("In_Progress", "success")), CIStatus::Running);
+    }
+
+    void jobInProgressHasNotRunAndHasNoLog()
+    {
+        QVERIFY(!CIStatus::jobHasRun(job("in_progress", "success")));
+        QVERIFY(!CIStatus::jobHasRun(job("IN_PROGRESS", "failure")));
+        QVERIFY(!CIStatus::jobHasRun(job("running", "success")));
+        QVERIFY(!CIStatus::jobHasRun(job("queued", "success")));
+        QVERIFY(!CIStatus::jobHasRun(job("waiting", "failure")));
+        QVERIFY(!CIStatus::jobHasRun(job("requested", "success")));
+        QVERIFY(!CIStatus::jobHasRun(job("completed", nullptr)));
+        QVERIFY(CIStatus::jobHasRun(job("completed", "success")));
+        // Still failed, so it can be re-run, while it shows no log.
+        QVERIFY(CIStatus::jobFailed(job("waiting", "failure")));
+        QVERIFY(CIStatus::jobFailed(job("completed", "CANCELLED")));
+        QVERIFY(!CIStatus::jobFailed(job("completed", "skipped")));
     }
 
     void runStillWaitingInAnyLetterCaseIsRunning()

@@ -1,0 +1,12 @@
+#include "listcut.h"
+
+namespace kestrine {
+
+QString listCutNotice(const ListCut &cut)
+{
+    if (cut.total)
+        return QStringLiteral("Showing the first %1 of %2.").arg(cut.shown).arg(*cut.total);
+    return QStringLiteral("Showing the first %1.").arg(cut.shown);
+}
+
+} // namespace kestrine

@@ -1,0 +1,131 @@
+// Reading the "Link" header of a paged answer: the grammar of links, parameters and relation
+// types, and which links count as the next page.
+
+#include "weblinks.h"
+
+#include <QtTest>
+
+using namespace kestrine;
+
+namespace {
+
+const QUrl base(QStringLiteral("https://git.example.org/api/v1/repos/o/r/pulls/7/files"));
+
+QStringList targets(const QList<WebLink> &links)
+{
+    QStringList urls;
+    for (const WebLink &link : links)
+        urls.append(link.target.toString());
+    return urls;
+}
+
+} // namespace
+
+class TestWebLinks : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void giteasHeaderGivesEachLinkWithItsRelation()
+    {
+        const QList<WebLink> links = parseLinkHeader(
+            "<https://git.example.org/api/v1/repos/o/r/pulls/7/files?limit=30&page=2>; "
+            "rel=\"next\",<https://git.example.org/api/v1/repos/o/r/pulls/7/files?limit=30&page=3>;"
+            " rel=\"last\"",
+            base);
+        QCOMPARE(links.size(), 2);
+        QCOMPARE(links.at(0).relations, QStringList{QStringLiteral("next")});
+        QCOMPARE(links.at(1).relations, QStringList{QStringLiteral("last")});
+        QCOMPARE(linkTarget(links, QStringLiteral("next"))->query(),
+                 QStringLiteral("limit=30&page=2"));
+        QCOMPARE(linkTarget(links, QStringLiteral("last"))->query(),
+                 QStringLiteral("limit=30&page=3"));
+        QVERIFY(!linkTarget(links, QStringLiteral("prev")));
+    }
+
+    void relativeTargetsAreResolvedAgainstTheAnswersAddress()
+    {
+        const QList<WebLink> links =
+            parseLinkHeader("<?page=2>; rel=next, </api/v1/x?page=9>; rel=last", base);
+        QCOMPARE(targets(links),
+                 (QStringList{QStringLiteral(
+                                  "https://git.example.org/api/v1/repos/o/r/pulls/7/files?page=2"),
+                              QStringLiteral("https://git.example.org/api/v1/x?page=9")}));
+    }
+
+    void oneLinkMayHaveSeveralRelationTypesInAnyCase()
+    {
+        const QList<WebLink> links = parseLinkHeader("<?page=3>; REL=\"Next  LAST\"", base);
+        QCOMPARE(links.size(), 1);
+        QCOMPARE(links.first().relations,
+                 (QStringList{QStringLiteral("next"), QStringLiteral("last")}));
+        QVERIFY(linkTarget(links, QStringLiteral("last")));
+    }
+
+    void quotedParametersMayHoldCommasSemicolonsAndEscapes()
+    {
+        const QList<WebLink> links = parseLinkHeader(
+            "<?page=2>; title=\"a, b; \\\"c\\\"\"; rel=next, <?page=5>; rel=last", base);
+        QCOMPARE(links.size(), 2);
+        QCOMPARE(linkTarget(links, QStringLiteral("next"))->query(), QStringLiteral("page=2"));
+        QCOMPARE(linkTarget(links, QStringLiteral("last"))->query(), QStringLiteral("page=5"));
+    }
+
+    void onlyTheFirstRelParameterCounts()
+    {
+        const QList<WebLink> links = parseLinkHeader("<?page=2>; rel=prev; rel=next", base);
+        QCOMPARE(links.first().relations, QStringList{QStringLiteral("prev")});
+        QVERIFY(!linkTarget(links, QStringLiteral("next")));
+    }
+
+    void aLinkWithAnAnchorIsNotAboutThisAnswer()
+    {
+        const QList<WebLink> links = parseLinkHeader(
+            "<?page=9>; rel=next; anchor=\"https://elsewhere.example/\", <?page=2>; rel=next",
+            base);
+        QCOMPARE(links.size(), 2);
+        QVERIFY(links.first().hasAnchor);
+        QCOMPARE(linkTarget(links, QStringLiteral("next"))->query(), QStringLiteral("page=2"));
+    }
+
+    void malformedElementsAreLeftOutAndTheRestStillCount_data()
+    {
+        QTest::addColumn<QByteArray>("header");
+        QTest::addColumn<QStringList>("queries");
+        QTest::newRow("no angle brackets")
+            << QByteArray("https://x/?page=7; rel=next, <?page=2>; rel=next")
+            << QStringList{QStringLiteral("page=2")};
+        QTest::newRow("parameter without name")
+            << QByteArray("<?page=7>; =next, <?page=2>; rel=next")
+            << QStringList{QStringLiteral("page=2")};
+        QTest::newRow("garbage after the target")
+            << QByteArray("<?page=7> rel=next, <?page=2>; rel=next")
+            << QStringList{QStringLiteral("page=2")};
+        QTest::newRow("empty elements")
+            << QByteArray(" , ,<?page=2>; rel=next,, ") << QStringList{QStringLiteral("page=2")};
+        QTest::newRow("unterminated target")
+            << QByteArray("<?page=2>; rel=next, <?page=3") << QStringList{QStringLiteral("page=2")};
+        QTest::newRow("unterminated quote") << QByteArray("<?page=2>; rel=\"next") << QStringList{};
+        QTest::newRow("empty header") << QByteArray() << QStringList{};
+    }
+
+    void malformedElementsAreLeftOutAndTheRestStillCount()
+    {
+        QFETCH(QByteArray, header);
+        QFETCH(QStringList, queries);
+        QStringList found;
+        for (const WebLink &link : parseLinkHeader(header, base))
+            found.append(link.target.query());
+        QCOMPARE(found, queries);
+    }
+
+    void parameterWithoutValueIsAccepted()
+    {
+        const QList<WebLink> links = parseLinkHeader("<?page=2>; crossorigin; rel=next", base);
+        QCOMPARE(links.size(), 1);
+        QVERIFY(linkTarget(links, QStringLiteral("next")));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestWebLinks)
+#include "tst_weblinks.moc"
