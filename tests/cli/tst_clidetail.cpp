@@ -5,6 +5,7 @@
 #include "clirun.h"
 #include "fixtures.h"
 #include "keychainhelper.h"
+#include "pagedanswer.h"
 #include "seededgitea.h"
 
 #include <QJsonArray>
@@ -137,6 +138,14 @@ private:
 
     QStringList requests() const { return normalized(gitea->requestLines()); }
 
+    /// The "Files" block of show's text, up to the blank line before "Checks".
+    static QString filesBlock(const QString &shown)
+    {
+        const qsizetype start = shown.indexOf(QStringLiteral("\n\nFiles\n")) + 2;
+        const qsizetype end = shown.indexOf(QStringLiteral("\n\nChecks\n"), start);
+        return start < 2 || end < 0 ? QString() : shown.mid(start, end - start);
+    }
+
 private slots:
     void init()
     {
@@ -254,6 +263,53 @@ private slots:
                  QStringLiteral("test"));
         QCOMPARE(report[QStringLiteral("comments")][0][QStringLiteral("created_at")].toString(),
                  QStringLiteral("2024-04-30T08:45:00Z"));
+        // Every list arrived whole.
+        QCOMPARE(report[QStringLiteral("cut")].toObject(), QJsonObject());
+    }
+
+    void showMarksADeletedFileWithTheRemovedMark()
+    {
+        // Gitea calls a removed file "deleted".
+        const CliResult result = cli->run({QStringLiteral("show"), tool, QStringLiteral("7")});
+        QCOMPARE(result.exitCode, 0);
+        QVERIFY(result.outText().contains(QStringLiteral("\n  － uploader/legacy.go  +0 −6\n")));
+    }
+
+    void showListsEveryPageOfTheChangedFiles()
+    {
+        gitea->server().route("GET", QStringLiteral("/api/v1/repos/ann/tool/pulls/7/files"),
+                              pagedAnswer(numberedFiles(75), 30, "https://git.internal.example"));
+        const CliResult result = cli->run({QStringLiteral("show"), tool, QStringLiteral("7")});
+
+        QCOMPARE(result.exitCode, 0);
+        const QString files = filesBlock(result.outText());
+        QStringList expected{QStringLiteral("Files")};
+        for (int i = 1; i <= 75; ++i)
+            expected.append(QStringLiteral("  ✎ file-%1.txt  +%1 −0").arg(i));
+        QCOMPARE(files, expected.join(u'\n'));
+        QCOMPARE(requests().filter(QStringLiteral("/pulls/7/files")).size(), 3);
+    }
+
+    void showSaysWhenTheFilesWereCutAtThePageBound()
+    {
+        gitea->server().route("GET", QStringLiteral("/api/v1/repos/ann/tool/pulls/7/files"),
+                              pagedAnswer(numberedFiles(120), 1, "https://git.internal.example"));
+        const CliResult text = cli->run({QStringLiteral("show"), tool, QStringLiteral("7")});
+        QCOMPARE(text.exitCode, 0);
+        const QStringList files = filesBlock(text.outText()).split(u'\n');
+        QCOMPARE(files.size(), 1 + 100 + 1);
+        QCOMPARE(files.at(100), QStringLiteral("  ✎ file-100.txt  +100 −0"));
+        QCOMPARE(files.last(), QStringLiteral("  (Showing the first 100 of 120.)"));
+
+        const CliResult json =
+            cli->run({QStringLiteral("show"), tool, QStringLiteral("7"), QStringLiteral("--json")});
+        QCOMPARE(json.exitCode, 0);
+        const QJsonObject report = QJsonDocument::fromJson(json.out).object();
+        QCOMPARE(report[QStringLiteral("files")].toArray().size(), 100);
+        QCOMPARE(
+            report[QStringLiteral("cut")].toObject(),
+            (QJsonObject{{QStringLiteral("files"), QJsonObject{{QStringLiteral("shown"), 100},
+                                                               {QStringLiteral("total"), 120}}}}));
     }
 
     void showOfAMissingPullRequestFails()

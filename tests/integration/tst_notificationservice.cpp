@@ -219,6 +219,29 @@ private slots:
         QCOMPARE(pass(), 0); // unchanged: nothing more
     }
 
+    void executingRunThatFailsIsReportedAsCIFailed()
+    {
+        // Gitea's word for an executing run is "in_progress".
+        world.repositories = {QStringLiteral("ann/tool")};
+        world.pulls[QStringLiteral("ann/tool")] = {
+            pull(7, QStringLiteral("Add retry"), QStringLiteral("s7"))};
+        world.runsBySha[QStringLiteral("s7")] = runs("in_progress", nullptr);
+        NotificationState known;
+        known.announcedNewPRs = {QStringLiteral("ann/tool#7")};
+        known.ciStatusByPR = {{QStringLiteral("ann/tool#7"), QStringLiteral("success")}};
+        known.save(statePath);
+        QCOMPARE(pass(), 1);
+        QCOMPARE(arrived(1), QStringList{QStringLiteral("CI running|Add retry \u2014 ann/tool")});
+        QCOMPARE(storedState().ciStatusByPR.value(QStringLiteral("ann/tool#7")),
+                 QStringLiteral("running"));
+
+        world.runsBySha[QStringLiteral("s7")] = runs("completed", "failure");
+        QCOMPARE(pass(), 1);
+        QCOMPARE(arrived(1), QStringList{QStringLiteral("CI failed|Add retry \u2014 ann/tool")});
+        QCOMPARE(storedState().ciStatusByPR.value(QStringLiteral("ann/tool#7")),
+                 QStringLiteral("failure"));
+    }
+
     void everySummaryChangeHasItsTitle_data()
     {
         QTest::addColumn<QByteArray>("runsBody");
@@ -226,6 +249,8 @@ private slots:
         QTest::addColumn<QString>("stored");
         QTest::newRow("running") << runs("running", nullptr) << "CI running"
                                  << "running";
+        QTest::newRow("in_progress") << runs("in_progress", nullptr) << "CI running"
+                                     << "running";
         QTest::newRow("passed") << runs("completed", "success") << "CI passed"
                                 << "success";
         QTest::newRow("failed") << runs("completed", "failure") << "CI failed"

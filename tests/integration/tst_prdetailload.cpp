@@ -3,6 +3,7 @@
 
 #include "detailfixture.h"
 #include "outcome.h"
+#include "pagedanswer.h"
 #include "prdetailviewmodel.h"
 
 #include <QtTest>
@@ -20,6 +21,15 @@ private:
     std::unique_ptr<PRDetailViewModel> newModel()
     {
         return std::make_unique<PRDetailViewModel>(annApp(), 7);
+    }
+
+    /// Serves `total` changed files of pull request 7 `pageSize` a page, with links written
+    /// with another host, as a Gitea behind a proxy writes them; `failingPage` answers 500.
+    void serveFilesInPages(int total, int pageSize, int failingPage = 0)
+    {
+        server->route("GET", pullPath + QStringLiteral("/files"),
+                      pagedAnswer(numberedFiles(total), pageSize, "https://git.internal.example",
+                                  failingPage));
     }
 
 private slots:
@@ -205,6 +215,69 @@ private slots:
                  QStringList{
                      QStringLiteral("GET repos/ann/app/issues/7/comments \u2192 404 not found")});
         QCOMPARE(logLines(LogLevel::Warn), QStringList());
+    }
+
+    void seventyFiveFilesArriveWholeInServerOrderWithALogLinePerPage()
+    {
+        serveFilesInPages(75, 30);
+        const auto model = newModel();
+        QVERIFY(runToEnd(model->load()).value);
+        QCOMPARE(model->files().size(), 75);
+        for (int i = 0; i < 75; ++i)
+            QCOMPARE(model->files().at(i).filename, QStringLiteral("file-%1.txt").arg(i + 1));
+        QVERIFY(!model->filesCut());
+        QCOMPARE(model->filesCutNotice(), QString());
+        QCOMPARE(server->requests("GET", pullPath + QStringLiteral("/files")).size(), 3);
+        QCOMPARE(logLines(LogLevel::Info)
+                     .count(QStringLiteral("GET repos/ann/app/pulls/7/files \u2192 200")),
+                 3);
+    }
+
+    void aFailedSecondPageLeavesTheFilesEmptyLikeAFailedFirstPage_data()
+    {
+        QTest::addColumn<int>("failingPage");
+        QTest::newRow("first page") << 1;
+        QTest::newRow("second page") << 2;
+    }
+
+    void aFailedSecondPageLeavesTheFilesEmptyLikeAFailedFirstPage()
+    {
+        QFETCH(int, failingPage);
+        const auto model = newModel();
+        QVERIFY(runToEnd(model->load()).value);
+        QCOMPARE(model->files().size(), 1);
+        serveFilesInPages(75, 30, failingPage);
+        LogStore::shared()->clear();
+
+        QVERIFY(runToEnd(model->load()).value);
+        QVERIFY(model->files().isEmpty());
+        QVERIFY(!model->errorMessage());
+        QCOMPARE(model->reviews().size(), 1);
+        QCOMPARE(logLines(LogLevel::Error),
+                 QStringList{QStringLiteral("GET repos/ann/app/pulls/7/files \u2192 500 boom")});
+    }
+
+    void filesCutAtThePageBoundSaySo()
+    {
+        serveFilesInPages(GiteaClient::maxListPages + 20, 1);
+        const auto model = newModel();
+        QVERIFY(runToEnd(model->load()).value);
+        QCOMPARE(model->files().size(), GiteaClient::maxListPages);
+        QCOMPARE(model->filesCut(), (ListCut{GiteaClient::maxListPages, 120}));
+        QCOMPARE(model->filesCutNotice(), QStringLiteral("Showing the first 100 of 120."));
+    }
+
+    void executingRunMakesTheSummaryRunning()
+    {
+        server->route("GET", apiRoot + QStringLiteral("/actions/runs"),
+                      FakeResponse::json(runsJson(
+                          {QJsonObject{{QStringLiteral("id"), 11},
+                                       {QStringLiteral("status"), QStringLiteral("in_progress")}},
+                           run(12, QStringLiteral("failure"))})));
+        const auto model = newModel();
+        QVERIFY(runToEnd(model->load()).value);
+        QCOMPARE(model->ciStatus(), CIStatus::Running);
+        QCOMPARE(CIStatus::forRun(model->runs().first()), CIStatus::Running);
     }
 
     void runsServerErrorWritesOneWarnLineAndNoErrorMessage()

@@ -4,10 +4,13 @@
 #include "fixtures.h"
 #include "keychainhelper.h"
 #include "logstore.h"
+#include "pagedanswer.h"
 #include "settingsstore.h"
 
 #include <QDesktopServices>
 #include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
 
 namespace kestrine::testing {
 namespace {
@@ -68,6 +71,13 @@ void TestGitea::answer(const QString &method, const QString &path, int status, c
     FakeResponse response = FakeResponse::json(body.toUtf8(), status);
     response.delay = std::chrono::milliseconds(delayMs);
     m_server->route(method.toLatin1(), path, response);
+}
+
+void TestGitea::answerPaged(const QString &path, const QString &itemsJson, int pageSize)
+{
+    m_server->route("GET", path,
+                    pagedAnswer(QJsonDocument::fromJson(itemsJson.toUtf8()).array(), pageSize,
+                                "http://" + m_stranger.address().toLatin1()));
 }
 
 void TestGitea::reset()

@@ -40,6 +40,11 @@ public:
     /// get this answer instead of the simulation's; `delayMs` holds it back.
     Q_INVOKABLE void answer(const QString &method, const QString &path, int status,
                             const QString &body, int delayMs = 0);
+    /// From now on GET requests for `path` get the JSON array `itemsJson` in pages of
+    /// `pageSize` (the `page` query from 1), each page but the last naming the next in a "Link"
+    /// header written with the stranger's host (as a Gitea behind a proxy writes its links), and
+    /// every page carrying "X-Total-Count".
+    Q_INVOKABLE void answerPaged(const QString &path, const QString &itemsJson, int pageSize);
     /// Back to the simulation's answers, with its state as the seed has it, and no requests
     /// recorded.
     Q_INVOKABLE void reset();

@@ -59,6 +59,14 @@ Item {
             return detail;
         }
 
+        // `count` changed files named file-1.txt, file-2.txt…
+        function manyFiles(count) {
+            const files = [];
+            for (let i = 1; i <= count; ++i)
+                files.push({ filename: "file-" + i + ".txt", status: "changed", additions: i, deletions: 0 });
+            return files;
+        }
+
         // Shows tab `index` and lets the screen lay it out before anything is tapped on it.
         function showTab(detail, index) {
             detail.selectTab(index);
@@ -338,6 +346,32 @@ Item {
             verify(!find(row, "logsButton").visible);
         }
 
+        function test_executingRunAndJobShowOrangeCirclesAndNoLogs() {
+            // Gitea's word for an executing run or job is "in_progress".
+            gitea.answer("GET", "/api/v1/repos/ann/tool/actions/runs", 200,
+                         JSON.stringify({ total_count: 1, workflow_runs: [
+                             { id: 39, status: "in_progress" }] }));
+            gitea.answer("GET", "/api/v1/repos/ann/tool/actions/runs/39/jobs", 200,
+                         JSON.stringify({ total_count: 2, jobs: [
+                             { id: 97, name: "build", status: "completed", conclusion: "success" },
+                             { id: 98, name: "test", status: "in_progress", conclusion: "success" }] }));
+            const detail = openPullRequest(9);
+            tryCompare(detail.vm, "ciStatus", CIStatus.Running);
+            const header = find(detail, "headerCI");
+            compare(header.status, CIStatus.Running);
+            verify(Qt.colorEqual(header.color, Theme.orange));
+            showTab(detail, 3);
+            const card = find(detail, "runCard_39");
+            verify(card);
+            verify(Qt.colorEqual(find(card, "runStatus").color, Theme.orange));
+            const executing = find(detail, "jobRow_98");
+            compare(find(executing, "jobStatus").status, CIStatus.Running);
+            verify(Qt.colorEqual(find(executing, "jobStatus").color, Theme.orange));
+            verify(!find(executing, "logsButton").visible);
+            verify(!find(executing, "rerunButton").visible);
+            verify(find(find(detail, "jobRow_97"), "logsButton").visible);
+        }
+
         function test_finishedJobsOfferTheirLogs() {
             const detail = openPullRequest(9);
             showTab(detail, 3);
@@ -356,6 +390,8 @@ Item {
                 { filename: "Added.txt", status: "Added", additions: 1, deletions: 0 },
                 { filename: "added.txt", status: "added", additions: 2, deletions: 0 },
                 { filename: "removed.txt", status: "removed", additions: 0, deletions: 3 },
+                { filename: "deleted.txt", status: "deleted", additions: 0, deletions: 2 },
+                { filename: "Deleted.txt", status: "Deleted", additions: 0, deletions: 2 },
                 { filename: "renamed.txt", status: "renamed", additions: 0, deletions: 0 },
                 { filename: "changed.txt", status: "changed", additions: 4, deletions: 5 },
                 { filename: "nostatus.txt", additions: 0, deletions: 0 }
@@ -363,9 +399,10 @@ Item {
             const detail = openPullRequest(7);
             showTab(detail, 2);
             const expected = { "Added.txt": "✎", "added.txt": "＋", "removed.txt": "－",
+                               "deleted.txt": "－", "Deleted.txt": "✎",
                                "renamed.txt": "→", "changed.txt": "✎", "nostatus.txt": "✎" };
             const list = find(detail, "fileList");
-            tryCompare(list, "count", 6);
+            tryCompare(list, "count", 8);
             for (const name in expected) {
                 const row = find(list, "fileRow_" + name);
                 verify(row, name);
@@ -374,6 +411,44 @@ Item {
             const changed = find(list, "fileRow_changed.txt");
             compare(find(changed, "additions").text, "+4");
             compare(find(changed, "deletions").text, "\u22125");
+        }
+
+        function test_deletedFileOfTheSeedShowsTheRemovedMark() {
+            // Gitea calls a removed file "deleted".
+            const detail = openPullRequest(7);
+            showTab(detail, 2);
+            const list = find(detail, "fileList");
+            tryVerify(() => list.count > 0);
+            const row = find(list, "fileRow_uploader/legacy.go");
+            verify(row);
+            compare(find(row, "statusMark").text, "－");
+        }
+
+        function test_everyPageOfTheChangedFilesIsListed() {
+            gitea.answerPaged("/api/v1/repos/ann/tool/pulls/7/files", JSON.stringify(manyFiles(75)), 30);
+            const detail = openPullRequest(7);
+            showTab(detail, 2);
+            const list = find(detail, "fileList");
+            tryCompare(list, "count", 75, 5000);
+            compare(gitea.requestCount("GET", "/api/v1/repos/ann/tool/pulls/7/files"), 3);
+            list.positionViewAtEnd();
+            tryVerify(() => find(list, "fileRow_file-75.txt") !== null);
+            compare(find(list, "filesCutNotice"), null);
+            // The links named the proxy's host; every page was asked at the instance.
+            compare(gitea.strangerContacts, 0);
+        }
+
+        function test_filesCutAtThePageBoundSaySoBelowTheList() {
+            gitea.answerPaged("/api/v1/repos/ann/tool/pulls/7/files", JSON.stringify(manyFiles(120)), 1);
+            const detail = openPullRequest(7);
+            showTab(detail, 2);
+            const list = find(detail, "fileList");
+            tryCompare(list, "count", 100, 10000);
+            list.positionViewAtEnd();
+            tryVerify(() => find(list, "filesCutNotice") !== null);
+            const notice = find(list, "filesCutNotice");
+            compare(notice.text, "Showing the first 100 of 120.");
+            verify(notice.visible);
         }
 
         function test_tappingAFileOpensItsDiff() {

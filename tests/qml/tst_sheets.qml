@@ -105,15 +105,16 @@ Item {
             return [
                 { tag: "passing", number: 7, text: "Passing", icon: "checkmark.circle.fill", color: Theme.green },
                 { tag: "running", number: 8, text: "Running", icon: "hourglass", color: Theme.orange },
+                { tag: "executing", number: 8, status: "in_progress", text: "Running", icon: "hourglass", color: Theme.orange },
                 { tag: "cancelled", number: 10, text: "Unknown", icon: "questionmark.circle", color: Theme.secondaryText }
             ];
         }
 
         function test_mergeSheetCIRow(data) {
-            // #8's run, queued: running.
+            // #8's run, queued or (in Gitea's word) executing: running.
             if (data.number === 8) {
                 gitea.answer("GET", "/api/v1/repos/ann/tool/actions/runs", 200,
-                             JSON.stringify({ total_count: 1, workflow_runs: [{ id: 43, status: "queued" }] }));
+                             JSON.stringify({ total_count: 1, workflow_runs: [{ id: 43, status: data.status || "queued" }] }));
             }
             const sheet = openMergeSheet(data.number).mergeSheet;
             compare(sheetItem(sheet, "ciText").text, data.text);
