@@ -6,7 +6,7 @@ set(KESTRINE_FUZZ_BUILD_DIR "${CMAKE_BINARY_DIR}-fuzz" CACHE PATH
 set(KESTRINE_FUZZ_SECONDS 20 CACHE STRING "How long each fuzz target runs as a test")
 
 foreach(target records dates logstore notificationstate inboxcache diff markdown servermessage
-        inlinemarkdown)
+        inlinemarkdown weblinks)
     add_test(NAME fuzz_${target}
         COMMAND ${CMAKE_CURRENT_LIST_DIR}/run-fuzzer --seconds ${KESTRINE_FUZZ_SECONDS}
                 ${KESTRINE_FUZZ_BUILD_DIR} ${target})

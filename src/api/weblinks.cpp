@@ -174,9 +174,11 @@ QList<WebLink> parseLinkHeader(QByteArrayView value, const QUrl &base)
             scanner.skipElement();
             continue;
         }
-        if (!target.isValid())
-            continue;
         link.target = base.resolved(target);
+        // Checked after resolving too: a reference can be valid on its own and yet resolve into
+        // an address QUrl refuses.
+        if (!target.isValid() || !link.target.isValid())
+            continue;
         links.append(std::move(link));
     }
 }

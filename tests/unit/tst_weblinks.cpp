@@ -119,6 +119,21 @@ private slots:
         QCOMPARE(found, queries);
     }
 
+    void aReferenceThatResolvesIntoNoValidAddressIsLeftOut()
+    {
+        // Found by fuzz_weblinks: each reference is a valid URL on its own.
+        const QByteArray header =
+            "<" + QByteArray(110, 'h') +
+            "ttps:/les?pagles?page=3>; rel=\"last\",<ht/git.example.org/api/v1/relos/s?page=1>; "
+            "rel=\"first\",<https:..///git.example.org/api/v1/repos/o/r/pulls/7/files?page=1>; "
+            "rel=\"prev\"";
+        const QList<WebLink> links = parseLinkHeader(header, base);
+        QVERIFY(!links.isEmpty());
+        QVERIFY(links.size() < 3);
+        for (const WebLink &link : links)
+            QVERIFY2(link.target.isValid(), qPrintable(link.target.toString()));
+    }
+
     void parameterWithoutValueIsAccepted()
     {
         const QList<WebLink> links = parseLinkHeader("<?page=2>; crossorigin; rel=next", base);
