@@ -78,9 +78,10 @@
 //
 // Gitea's answers are followed as its API handlers give them (routers/api/v1): paging with
 // `page` and `limit` (default 30, at most 50, Gitea's own settings), "Link" and
-// "X-Total-Count" headers, 404 bodies {"errors": null, "message": "not found", "url": ...},
+// "X-Total-Count" headers (a pull request's reviews get only "X-Total-Count"; an issue's
+// comments come whole, unpaged), 404 bodies {"errors": null, "message": "not found", "url": ...},
 // and the status and message of every refusal. Where it matters, the endpoint's comment in
-// giteawrites.cpp says which case answers what.
+// giteareads.cpp or giteawrites.cpp says which case answers what.
 
 #include "fakegiteaserver.h"
 #include "giteajson.h"
