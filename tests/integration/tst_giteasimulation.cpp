@@ -288,6 +288,9 @@ private slots:
                    "\"x\", \"runs\":{\"abc\":[{\"display_title\":\"t\",\"head_branch\":\"h\","
                    "\"actor\":\"ann\", \"status\":\"running\"}]}}]}")
             << QStringLiteral("seed.repositories[0].runs.abc[0]: \"status\" is \"running\"");
+        QTest::newRow("root URL without a scheme")
+            << QByteArray("{\"instance\":{\"root_url\":\"git.example.org/\"}}")
+            << QStringLiteral("seed.instance: \"root_url\" is not an http or https address");
         QTest::newRow("token of nobody")
             << QByteArray("{\"users\":[{\"login\":\"ann\"}],\"tokens\":{\"t\":\"bob\"}}")
             << QStringLiteral("seed.tokens: unknown user \"bob\"");
@@ -1532,6 +1535,69 @@ private slots:
                      .object()[QStringLiteral("url")]
                      .toString(),
                  server->baseUrl().toString() + QStringLiteral("/gitea/api/swagger"));
+    }
+
+    void linksAndAddressesNameTheConfiguredRootUrl()
+    {
+        // A Gitea behind a proxy: requests come in on the test server, yet everything the
+        // instance writes names its ROOT_URL.
+        sim->setRootUrl(QStringLiteral("https://proxy.example:8443/git/"));
+        QCOMPARE(sim->rootUrl(), QStringLiteral("https://proxy.example:8443/git/"));
+        const Answer files = get(QStringLiteral("/api/v1/repos/ann/tool/pulls/7/files?limit=3"));
+        QCOMPARE(files.status, 200);
+        QCOMPARE(linksOf(files.header("Link")).value(QStringLiteral("next")),
+                 QStringLiteral("https://proxy.example:8443/git/api/v1/repos/ann/tool/pulls/7/"
+                                "files?limit=3&page=2"));
+        const Answer runs = get(QStringLiteral("/api/v1/repos/ann/tool/actions/runs?limit=2"));
+        QVERIFY(runs.header("Link").startsWith(
+            "<https://proxy.example:8443/git/api/v1/repos/ann/tool/actions/runs?limit=2&page=2>"));
+        QCOMPARE(get(QStringLiteral("/api/v1/repos/ann/tool/pulls/7"))
+                     .object()[QStringLiteral("html_url")]
+                     .toString(),
+                 QStringLiteral("https://proxy.example:8443/git/ann/tool/pulls/7"));
+        QCOMPARE(get(QStringLiteral("/api/v1/repos/ann/tool/pulls/404"))
+                     .object()[QStringLiteral("url")]
+                     .toString(),
+                 QStringLiteral("https://proxy.example:8443/git/api/swagger"));
+        QCOMPARE(
+            sim->pullRequest(QStringLiteral("ann"), QStringLiteral("tool"), 7)
+                ->value(QStringLiteral("base"))[QStringLiteral("repo")][QStringLiteral("ssh_url")]
+                .toString(),
+            QStringLiteral("git@proxy.example:ann/tool.git"));
+        // Reloading the seed keeps the configuration, as a restart keeps app.ini.
+        QVERIFY(sim->loadSeed(fixtures::read(QStringLiteral("gitea/seed.json"))));
+        QCOMPARE(sim->rootUrl(), QStringLiteral("https://proxy.example:8443/git/"));
+
+        // Kept as Gitea keeps it: one trailing "/", no default port.
+        sim->setRootUrl(QStringLiteral("https://proxy.example:8443/git"));
+        QCOMPARE(sim->rootUrl(), QStringLiteral("https://proxy.example:8443/git/"));
+        sim->setRootUrl(QStringLiteral("https://git.example.org:443//"));
+        QCOMPARE(sim->rootUrl(), QStringLiteral("https://git.example.org/"));
+        sim->setRootUrl(QStringLiteral("http://git.example.org:80"));
+        QCOMPARE(sim->rootUrl(), QStringLiteral("http://git.example.org/"));
+        // Unset, the instance names the address it listens on again.
+        sim->setRootUrl(QString());
+        QCOMPARE(sim->rootUrl(), server->baseUrl().toString() + u'/');
+        QVERIFY(get(QStringLiteral("/api/v1/repos/ann/tool/pulls/7/files?limit=3"))
+                    .header("Link")
+                    .startsWith("<" + server->baseUrl().toString().toUtf8() + "/api/v1/"));
+    }
+
+    void theSeedCanNameTheRootUrl()
+    {
+        QJsonObject seed =
+            QJsonDocument::fromJson(fixtures::read(QStringLiteral("gitea/seed.json"))).object();
+        seed.insert(QStringLiteral("instance"),
+                    QJsonObject{{QStringLiteral("root_url"),
+                                 QStringLiteral("https://git.example.org/sub")}});
+        useSeed(QJsonDocument(seed).toJson(QJsonDocument::Compact));
+        QCOMPARE(sim->rootUrl(), QStringLiteral("https://git.example.org/sub/"));
+        QCOMPARE(linksOf(get(QStringLiteral("/api/v1/user/repos?limit=1")).header("Link"))
+                     .value(QStringLiteral("next")),
+                 QStringLiteral("https://git.example.org/sub/api/v1/user/repos?limit=1&page=2"));
+        // Set in code, ROOT_URL wins over the seed's.
+        sim->setRootUrl(QStringLiteral("https://proxy.example/"));
+        QCOMPARE(sim->rootUrl(), QStringLiteral("https://proxy.example/"));
     }
 
     void theRoutesGoWithTheSimulation()
