@@ -16,8 +16,8 @@ NOW = datetime(2024, 5, 2, 12, 0, 0, tzinfo=timezone.utc)
 ESC = "\x1b"
 
 
-def ago(minutes=0, hours=0, days=0):
-    t = NOW - timedelta(minutes=minutes, hours=hours, days=days)
+def ago(minutes=0, hours=0, days=0, seconds=0):
+    t = NOW - timedelta(minutes=minutes, hours=hours, days=days, seconds=seconds)
     return t.strftime("%Y-%m-%dT%H:%M:%SZ")
 
 
@@ -92,6 +92,34 @@ def job(jid, name, status, conclusion, minutes_ago, steps, log=None, runner="run
     if log is not None:
         j["log"] = log
     return j
+
+
+def running_job(jid, name, minutes_ago, steps, steps_done, log):
+    """A job a runner is executing: `steps_done` steps have passed, the next one is under way and
+    the rest wait their turn."""
+    started = ago(minutes=minutes_ago)
+    step_list = []
+    for i, step in enumerate(steps):
+        at = ago(minutes=minutes_ago, seconds=-10 * i)
+        if i < steps_done:
+            step_list.append({"name": step, "status": "completed", "conclusion": "success",
+                              "started_at": at, "completed_at": ago(minutes=minutes_ago, seconds=-10 * i - 9)})
+        elif i == steps_done:
+            step_list.append({"name": step, "status": "in_progress", "started_at": at})
+        else:
+            step_list.append({"name": step, "status": "queued"})
+    return {
+        "id": jid, "name": name, "labels": ["ubuntu-latest"], "status": "in_progress",
+        "created_at": ago(minutes=minutes_ago + 1), "started_at": started,
+        "runner_id": 3, "runner_name": "runner-amd64-1", "steps": step_list, "log": log,
+    }
+
+
+def created_together(r):
+    """A run whose jobs were all created with it, as Gitea creates them."""
+    for j in r["jobs"]:
+        j["created_at"] = r["created_at"]
+    return r
 
 
 def run(rid, number, title, workflow, branch, actor, status, conclusion, minutes_ago, jobs):
@@ -594,6 +622,26 @@ test_fail_log = log_lines(190, go_setup() + [
     c("31;1", "Job failed"),
 ])
 
+# The lint job of the run still under way, done before the tests began.
+lint_metrics_log = log_lines(6, [
+    "ubuntu-latest(version:v3.4.1) received task 9040 of job lint, be triggered by event: pull_request",
+    "workflow prepared",
+    c("36", "::group::Run golangci/golangci-lint-action@v6"),
+    "Installed golangci-lint v1.57.2",
+    "[command]/home/runner/golangci-lint run --out-format=github-actions",
+    "level=info msg=\"[runner] linters took 3.8s with stages: goanalysis_metalinter: 3.6s\"",
+    c("36", "::endgroup::"),
+    c("32;1", "Job succeeded"),
+])
+
+# A log still being written: the tests have started and nothing has ended the job yet.
+test_running_log = log_lines(2, go_setup() + [
+    c("36", "::group::Run go test -race ./..."),
+    "[command]/opt/hostedtoolcache/go/1.22.2/x64/bin/go test -race ./...",
+    c("32", "ok  ") + " \tnorrum.com/harbor/cache\t0.398s",
+    c("32", "ok  ") + " \tnorrum.com/harbor/config\t0.030s",
+])
+
 harbor_runs = {
     H142: [
         run(512, 88, "Retry upstream fetches with exponential backoff", ".gitea/workflows/ci.yml",
@@ -620,14 +668,17 @@ harbor_runs = {
                     ["Set up job", "actions/checkout@v4", "go build", "Complete job"], build_ok_log),
             ]),
     ],
+    # Under way: lint has passed, the tests are running, and the build waits for a free runner.
     H145: [
-        run(515, 90, "WIP: Export Prometheus metrics for the cache", ".gitea/workflows/ci.yml",
-            "cache-metrics", "noor", "waiting", None, 3, [
-                job(1210, "lint", "completed", "success", 3,
-                    ["Set up job", "actions/checkout@v4", "golangci-lint", "Complete job"], lint_ok_log),
-                job(1211, "test (go 1.22)", "queued", None, 2, []),
-                job(1212, "build", "waiting", None, 2, []),
-            ]),
+        created_together(run(515, 90, "WIP: Export Prometheus metrics for the cache", ".gitea/workflows/ci.yml",
+            "cache-metrics", "noor", "in_progress", None, 7, [
+                job(1210, "lint", "completed", "success", 6,
+                    ["Set up job", "actions/checkout@v4", "golangci-lint", "Complete job"], lint_metrics_log),
+                running_job(1211, "test (go 1.22)", 2,
+                            ["Set up job", "actions/checkout@v4", "actions/setup-go@v5", "go test -race ./...",
+                             "Complete job"], 3, test_running_log),
+                job(1212, "build", "queued", None, 3, []),
+            ])),
     ],
 }
 
