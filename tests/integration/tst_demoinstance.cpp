@@ -11,6 +11,7 @@
 #include <QJsonObject>
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
+#include <QRegularExpression>
 #include <QtTest>
 
 using namespace kestrine;
@@ -68,6 +69,13 @@ Answer get(const DemoInstance &demo, const QString &pathAndQuery)
     QCoro::waitFor(qCoro(reply.get()).waitForFinished());
     return {reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt(), reply->readAll(),
             reply->rawHeaderPairs()};
+}
+
+/// The target of the `rel` link in a "Link" header; empty when there is none.
+QString linkTo(const QByteArray &header, const char *rel)
+{
+    const QRegularExpression link(QStringLiteral("<([^>]*)>; rel=\"%1\"").arg(QLatin1String(rel)));
+    return link.match(QString::fromUtf8(header)).captured(1);
 }
 
 } // namespace
@@ -145,6 +153,45 @@ private slots:
             runToEnd(client.diff(QStringLiteral("norrum"), QStringLiteral("harbor"), 142));
         QVERIFY(diff.value);
         QVERIFY(diff.value->contains(QStringLiteral("+++ b/fetcher/fetcher.go")));
+    }
+
+    void theTranslationsPullRequestHasTwoPagesOfFiles()
+    {
+        DemoInstance demo;
+        QVERIFY2(demo.start(), qPrintable(demo.errorString()));
+        const QString pull = QStringLiteral("/api/v1/repos/norrum/kestrel-web/pulls/64");
+
+        const Answer first = get(demo, pull + QStringLiteral("/files"));
+        QCOMPARE(first.status, 200);
+        const QJsonArray firstPage = QJsonDocument::fromJson(first.body).array();
+        QCOMPARE(firstPage.size(), 30);
+        const qsizetype total = first.header("X-Total-Count").toInt();
+        QVERIFY2(total > 30 && total <= 40, first.header("X-Total-Count").constData());
+        const QString next = linkTo(first.header("Link"), "next");
+        QVERIFY2(next.startsWith(demo.url().toString() + pull + QStringLiteral("/files?")),
+                 qPrintable(next));
+
+        const Answer second = get(demo, next.mid(demo.url().toString().size()));
+        QCOMPARE(second.status, 200);
+        const QJsonArray secondPage = QJsonDocument::fromJson(second.body).array();
+        QCOMPARE(firstPage.size() + secondPage.size(), total);
+        QVERIFY(linkTo(second.header("Link"), "next").isEmpty());
+
+        // What the pull request says of itself agrees, and its diff has a section for each file.
+        const QJsonObject pr = QJsonDocument::fromJson(get(demo, pull).body).object();
+        QCOMPARE(pr.value(QStringLiteral("changed_files")).toInteger(), total);
+        const QByteArray diff = get(demo, pull + QStringLiteral(".diff")).body;
+        QCOMPARE(diff.count("diff --git "), total);
+        QSet<QString> names;
+        for (const QJsonArray &page : {firstPage, secondPage}) {
+            for (const QJsonValue &file : page) {
+                const QByteArray name = file[QStringLiteral("filename")].toString().toUtf8();
+                names.insert(QString::fromUtf8(name));
+                QVERIFY2(diff.contains("diff --git a/" + name + " b/" + name + '\n'),
+                         name.constData());
+            }
+        }
+        QCOMPARE(names.size(), total);
     }
 
     void oneRunIsStillInProgress()
