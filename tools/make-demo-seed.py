@@ -16,8 +16,8 @@ NOW = datetime(2024, 5, 2, 12, 0, 0, tzinfo=timezone.utc)
 ESC = "\x1b"
 
 
-def ago(minutes=0, hours=0, days=0):
-    t = NOW - timedelta(minutes=minutes, hours=hours, days=days)
+def ago(minutes=0, hours=0, days=0, seconds=0):
+    t = NOW - timedelta(minutes=minutes, hours=hours, days=days, seconds=seconds)
     return t.strftime("%Y-%m-%dT%H:%M:%SZ")
 
 
@@ -92,6 +92,34 @@ def job(jid, name, status, conclusion, minutes_ago, steps, log=None, runner="run
     if log is not None:
         j["log"] = log
     return j
+
+
+def running_job(jid, name, minutes_ago, steps, steps_done, log):
+    """A job a runner is executing: `steps_done` steps have passed, the next one is under way and
+    the rest wait their turn."""
+    started = ago(minutes=minutes_ago)
+    step_list = []
+    for i, step in enumerate(steps):
+        at = ago(minutes=minutes_ago, seconds=-10 * i)
+        if i < steps_done:
+            step_list.append({"name": step, "status": "completed", "conclusion": "success",
+                              "started_at": at, "completed_at": ago(minutes=minutes_ago, seconds=-10 * i - 9)})
+        elif i == steps_done:
+            step_list.append({"name": step, "status": "in_progress", "started_at": at})
+        else:
+            step_list.append({"name": step, "status": "queued"})
+    return {
+        "id": jid, "name": name, "labels": ["ubuntu-latest"], "status": "in_progress",
+        "created_at": ago(minutes=minutes_ago + 1), "started_at": started,
+        "runner_id": 3, "runner_name": "runner-amd64-1", "steps": step_list, "log": log,
+    }
+
+
+def created_together(r):
+    """A run whose jobs were all created with it, as Gitea creates them."""
+    for j in r["jobs"]:
+        j["created_at"] = r["created_at"]
+    return r
 
 
 def run(rid, number, title, workflow, branch, actor, status, conclusion, minutes_ago, jobs):
@@ -594,6 +622,26 @@ test_fail_log = log_lines(190, go_setup() + [
     c("31;1", "Job failed"),
 ])
 
+# The lint job of the run still under way, done before the tests began.
+lint_metrics_log = log_lines(6, [
+    "ubuntu-latest(version:v3.4.1) received task 9040 of job lint, be triggered by event: pull_request",
+    "workflow prepared",
+    c("36", "::group::Run golangci/golangci-lint-action@v6"),
+    "Installed golangci-lint v1.57.2",
+    "[command]/home/runner/golangci-lint run --out-format=github-actions",
+    "level=info msg=\"[runner] linters took 3.8s with stages: goanalysis_metalinter: 3.6s\"",
+    c("36", "::endgroup::"),
+    c("32;1", "Job succeeded"),
+])
+
+# A log still being written: the tests have started and nothing has ended the job yet.
+test_running_log = log_lines(2, go_setup() + [
+    c("36", "::group::Run go test -race ./..."),
+    "[command]/opt/hostedtoolcache/go/1.22.2/x64/bin/go test -race ./...",
+    c("32", "ok  ") + " \tnorrum.com/harbor/cache\t0.398s",
+    c("32", "ok  ") + " \tnorrum.com/harbor/config\t0.030s",
+])
+
 harbor_runs = {
     H142: [
         run(512, 88, "Retry upstream fetches with exponential backoff", ".gitea/workflows/ci.yml",
@@ -620,14 +668,17 @@ harbor_runs = {
                     ["Set up job", "actions/checkout@v4", "go build", "Complete job"], build_ok_log),
             ]),
     ],
+    # Under way: lint has passed, the tests are running, and the build waits for a free runner.
     H145: [
-        run(515, 90, "WIP: Export Prometheus metrics for the cache", ".gitea/workflows/ci.yml",
-            "cache-metrics", "noor", "waiting", None, 3, [
-                job(1210, "lint", "completed", "success", 3,
-                    ["Set up job", "actions/checkout@v4", "golangci-lint", "Complete job"], lint_ok_log),
-                job(1211, "test (go 1.22)", "queued", None, 2, []),
-                job(1212, "build", "waiting", None, 2, []),
-            ]),
+        created_together(run(515, 90, "WIP: Export Prometheus metrics for the cache", ".gitea/workflows/ci.yml",
+            "cache-metrics", "noor", "in_progress", None, 7, [
+                job(1210, "lint", "completed", "success", 6,
+                    ["Set up job", "actions/checkout@v4", "golangci-lint", "Complete job"], lint_metrics_log),
+                running_job(1211, "test (go 1.22)", 2,
+                            ["Set up job", "actions/checkout@v4", "actions/setup-go@v5", "go test -race ./...",
+                             "Complete job"], 3, test_running_log),
+                job(1212, "build", "queued", None, 3, []),
+            ])),
     ],
 }
 
@@ -709,7 +760,177 @@ web_58_files, web_58_diff = pull_files([
 W61 = sha("web-61")
 W58 = sha("web-58")
 
+# The translations pulled from Weblate: eleven languages updated and Ukrainian added, three
+# namespaces each, so that the pull request has more changed files than one page of the API holds.
+# Each language: (its name, its translator's Weblate login, {namespace: the strings after the sync},
+# {(namespace, key): what a string read before, where it changed}, or None for a new language). The
+# last key of each namespace is new in this sync.
+LOCALE_KEYS = {
+    "activity": ["title", "empty", "today", "yesterday"],
+    "common": ["cancel", "save", "loading", "retry"],
+    "settings": ["title", "language", "notifications", "appearance"],
+}
+TRANSLATIONS = {
+    "de": ("German", "jonas.weber", {
+        "activity": ["Aktivität", "Noch ist nichts passiert.", "heute", "gestern"],
+        "common": ["Abbrechen", "Speichern", "Wird geladen…", "Erneut versuchen"],
+        "settings": ["Einstellungen", "Sprache", "Benachrichtigungen", "Darstellung"],
+    }, {("common", "loading"): "Lade…"}),
+    "es": ("Spanish", "lucia.romero", {
+        "activity": ["Actividad", "Todavía no ha pasado nada.", "hoy", "ayer"],
+        "common": ["Cancelar", "Guardar", "Cargando…", "Reintentar"],
+        "settings": ["Ajustes", "Idioma", "Notificaciones", "Apariencia"],
+    }, {}),
+    "fr": ("French", "camille.durand", {
+        "activity": ["Activité", "Rien ne s’est encore passé.", "aujourd’hui", "hier"],
+        "common": ["Annuler", "Enregistrer", "Chargement…", "Réessayer"],
+        "settings": ["Paramètres", "Langue", "Notifications", "Apparence"],
+    }, {("activity", "empty"): "Rien ne s'est encore passé.", ("activity", "today"): "aujourd'hui"}),
+    "it": ("Italian", "giulia.ricci", {
+        "activity": ["Attività", "Non è ancora successo nulla.", "oggi", "ieri"],
+        "common": ["Annulla", "Salva", "Caricamento…", "Riprova"],
+        "settings": ["Impostazioni", "Lingua", "Notifiche", "Aspetto"],
+    }, {}),
+    "ja": ("Japanese", "haruto.sato", {
+        "activity": ["アクティビティ", "まだ何もありません。", "今日", "昨日"],
+        "common": ["キャンセル", "保存", "読み込み中…", "再試行"],
+        "settings": ["設定", "言語", "通知", "外観"],
+    }, {}),
+    "nb": ("Norwegian Bokmål", "ingrid.berg", {
+        "activity": ["Aktivitet", "Ingenting har skjedd ennå.", "i dag", "i går"],
+        "common": ["Avbryt", "Lagre", "Laster inn…", "Prøv igjen"],
+        "settings": ["Innstillinger", "Språk", "Varsler", "Utseende"],
+    }, {}),
+    "nl": ("Dutch", "sanne.devries", {
+        "activity": ["Activiteit", "Er is nog niets gebeurd.", "vandaag", "gisteren"],
+        "common": ["Annuleren", "Opslaan", "Laden…", "Opnieuw proberen"],
+        "settings": ["Instellingen", "Taal", "Meldingen", "Weergave"],
+    }, {}),
+    "pl": ("Polish", "kasia.nowak", {
+        "activity": ["Aktywność", "Jeszcze nic się nie wydarzyło.", "dzisiaj", "wczoraj"],
+        "common": ["Anuluj", "Zapisz", "Ładowanie…", "Spróbuj ponownie"],
+        "settings": ["Ustawienia", "Język", "Powiadomienia", "Wygląd"],
+    }, {}),
+    "pt-BR": ("Portuguese (Brazil)", "rafael.souza", {
+        "activity": ["Atividade", "Nada aconteceu ainda.", "hoje", "ontem"],
+        "common": ["Cancelar", "Salvar", "Carregando…", "Tentar novamente"],
+        "settings": ["Configurações", "Idioma", "Notificações", "Aparência"],
+    }, {}),
+    "sv": ("Swedish", "elsa.nystrom", {
+        "activity": ["Aktivitet", "Inget har hänt än.", "i dag", "i går"],
+        "common": ["Avbryt", "Spara", "Läser in…", "Försök igen"],
+        "settings": ["Inställningar", "Språk", "Aviseringar", "Utseende"],
+    }, {("settings", "notifications"): "Notifikationer"}),
+    "uk": ("Ukrainian", "olena.kovalenko", {
+        "activity": ["Активність", "Поки що нічого не сталося.", "сьогодні", "вчора"],
+        "common": ["Скасувати", "Зберегти", "Завантаження…", "Спробувати ще раз"],
+        "settings": ["Налаштування", "Мова", "Сповіщення", "Вигляд"],
+    }, None),  # new: no files before
+    "zh-Hans": ("Chinese (Simplified)", "li.wei", {
+        "activity": ["动态", "还没有任何动态。", "今天", "昨天"],
+        "common": ["取消", "保存", "加载中…", "重试"],
+        "settings": ["设置", "语言", "通知", "外观"],
+    }, {}),
+}
+
+
+TRANSLATORS = {
+    "jonas.weber": "Jonas Weber", "lucia.romero": "Lucía Romero", "camille.durand": "Camille Durand",
+    "giulia.ricci": "Giulia Ricci", "haruto.sato": "Haruto Sato", "ingrid.berg": "Ingrid Berg",
+    "sanne.devries": "Sanne de Vries", "kasia.nowak": "Kasia Nowak", "rafael.souza": "Rafael Souza",
+    "elsa.nystrom": "Elsa Nyström", "olena.kovalenko": "Olena Kovalenko", "li.wei": "Li Wei",
+}
+
+
+def locale_json(namespace, strings):
+    return json.dumps(dict(zip(LOCALE_KEYS[namespace], strings)), ensure_ascii=False, indent=2) + "\n"
+
+
+I18N_OLD = """import i18n from "i18next";
+import HttpBackend from "i18next-http-backend";
+import LanguageDetector from "i18next-browser-languagedetector";
+import { initReactI18next } from "react-i18next";
+
+// Every language with a complete translation in public/locales.
+export const supportedLanguages = [
+  "de",
+  "en",
+  "es",
+  "fr",
+  "it",
+  "ja",
+  "nb",
+  "nl",
+  "pl",
+  "pt-BR",
+  "sv",
+  "zh-Hans",
+] as const;
+
+i18n
+  .use(HttpBackend)
+  .use(LanguageDetector)
+  .use(initReactI18next)
+  .init({
+    fallbackLng: "en",
+    supportedLngs: supportedLanguages,
+    ns: ["common", "activity", "settings"],
+    defaultNS: "common",
+    interpolation: { escapeValue: false },
+  });
+
+export default i18n;
+"""
+I18N_NEW = I18N_OLD.replace('  "sv",\n', '  "sv",\n  "uk",\n')
+
+web_64_changes = []
+for lang in sorted(TRANSLATIONS):
+    _, _, new_strings, fixes = TRANSLATIONS[lang]
+    for namespace in sorted(LOCALE_KEYS):
+        path = f"public/locales/{lang}/{namespace}.json"
+        after = locale_json(namespace, new_strings[namespace])
+        if fixes is None:
+            web_64_changes.append((path, "added", None, after))
+            continue
+        # Before the sync the last key was not there yet, and a few strings read otherwise.
+        old_strings = [fixes.get((namespace, key), text)
+                       for key, text in zip(LOCALE_KEYS[namespace], new_strings[namespace])][:-1]
+        before = json.dumps(dict(zip(LOCALE_KEYS[namespace], old_strings)), ensure_ascii=False, indent=2) + "\n"
+        web_64_changes.append((path, "changed", before, after))
+web_64_changes.append(("src/i18n.ts", "changed", I18N_OLD, I18N_NEW))
+web_64_files, web_64_diff = pull_files(web_64_changes)
+W64 = sha("web-64")
+
 web_runs = {
+    W64: [
+        run(508, 235, "Add Ukrainian and update translations from Weblate", ".gitea/workflows/test.yml",
+            "weblate-sync", "lina", "completed", "success", 72, [
+                job(1160, "unit", "completed", "success", 72,
+                    ["Set up job", "actions/checkout@v4", "npm ci", "npm test", "Complete job"],
+                    log_lines(72, [
+                        "ubuntu-latest(version:v3.4.1) received task 8931 of job unit, be triggered by event: pull_request",
+                        c("36", "::group::Run npm test"),
+                        "> kestrel-web@2.3.0 test",
+                        "> vitest run",
+                        c("32", " \u2713") + " src/lib/dates.test.ts (6 tests) 13ms",
+                        c("32", " \u2713") + " src/i18n.test.ts (13 tests) 41ms",
+                        c("32", " \u2713") + " src/components/Settings.test.tsx (11 tests) 198ms",
+                        " Test Files  " + c("32;1", "3 passed") + " (3)",
+                        "      Tests  " + c("32;1", "30 passed") + " (30)",
+                        c("36", "::endgroup::"),
+                        c("32;1", "Job succeeded"),
+                    ])),
+                job(1161, "e2e (chromium)", "completed", "success", 71,
+                    ["Set up job", "actions/checkout@v4", "playwright test", "Complete job"],
+                    log_lines(71, [
+                        c("36", "::group::Run npx playwright test --project=chromium"),
+                        "Running 24 tests using 2 workers",
+                        c("32", "  24 passed") + " (37.9s)",
+                        c("36", "::endgroup::"),
+                        c("32;1", "Job succeeded"),
+                    ])),
+            ]),
+    ],
     W61: [
         run(498, 233, "Fix relative dates in the activity feed", ".gitea/workflows/test.yml",
             "relative-dates", "lina", "completed", "cancelled", 1500, [
@@ -843,6 +1064,28 @@ def commit(sha_, author, message, minutes_ago, files, parent):
             "parents": [parent], "additions": sum(f["additions"] for f in files),
             "deletions": sum(f["deletions"] for f in files),
             "files": [{"filename": f["filename"], "status": f["status"]} for f in files]}
+
+
+def weblate_commits():
+    """One commit per language from Weblate (its translator as the author), then Lina's, which
+    turns Ukrainian on; oldest first, the last one the head."""
+    commits, parent = [], sha("web-main")
+    for i, lang in enumerate(sorted(TRANSLATIONS)):
+        name, translator, _, fixes = TRANSLATIONS[lang]
+        files = [f for f in web_64_files if f["filename"].startswith(f"public/locales/{lang}/")]
+        this = sha(f"web-64-{lang}")
+        commits.append({
+            "sha": this, "author": TRANSLATORS[translator],
+            "author_email": f"{translator}@users.noreply.hosted.weblate.org",
+            "message": f"Translated using Weblate ({name})\n\n"
+                       f"Currently translated at 100.0% (12 of 12 strings)\n",
+            "date": ago(hours=30 - 2 * i), "parents": [parent],
+            "additions": sum(f["additions"] for f in files), "deletions": sum(f["deletions"] for f in files),
+            "files": [{"filename": f["filename"], "status": f["status"]} for f in files]})
+        parent = this
+    i18n = [f for f in web_64_files if f["filename"] == "src/i18n.ts"]
+    commits.append(commit(W64, "lina", "Offer Ukrainian in the language menu", 75, i18n, parent))
+    return commits
 
 
 seed = {
@@ -984,6 +1227,34 @@ seed = {
                     "files": web_61_files,
                     "commits": [commit(W61, "lina", "Compare dates by calendar day", 60 * 26, web_61_files, HMAIN)],
                     "diff": web_61_diff,
+                },
+                {
+                    "id": 9064, "number": 64, "user": "lina",
+                    "title": "Add Ukrainian and update translations from Weblate",
+                    "body": "Brings in what the translators did on Weblate since 2.3.0, and adds Ukrainian,"
+                            " which Olena finished last week.\n\n"
+                            "- the new strings (*yesterday*, *Appearance*, *Try again*) in all eleven languages\n"
+                            "- Ukrainian complete, and offered in the language menu (`src/i18n.ts`)\n"
+                            "- fixes: German *Wird geladen…*, French apostrophes, Swedish *Aviseringar*\n\n"
+                            "Nothing but JSON apart from one line in `src/i18n.ts`.",
+                    "head": "weblate-sync", "head_sha": W64,
+                    "created_at": ago(hours=3), "updated_at": ago(hours=1, minutes=10),
+                    "labels": [{"id": 6, "name": "i18n", "color": "c5def5"}],
+                    "requested_reviewers": ["maja"],
+                    "reviews": [
+                        {"id": 7012, "user": "noor", "state": "APPROVED",
+                         "body": "Spot-checked German, Swedish and Ukrainian against the screens. \U0001f44d",
+                         "commit_id": W64, "official": True, "submitted_at": ago(hours=1)},
+                    ],
+                    "comments": [
+                        {"id": 8020, "user": "noor",
+                         "body": "Japanese *再試行* is wider than the retry button on phones. That is the"
+                                 " button's fault, not the translation's; I'll fix the CSS separately.",
+                         "created_at": ago(hours=1, minutes=5)},
+                    ],
+                    "files": web_64_files,
+                    "commits": weblate_commits(),
+                    "diff": web_64_diff,
                 },
                 {
                     "id": 9058, "number": 58, "user": "noor",

@@ -76,8 +76,9 @@ FakeResponse createComment(Call &call);
 FakeResponse deleteBranch(Call &call);
 FakeResponse rerunRun(Call &call);
 
-/// The reviews of a pull request that `viewer` may see: pending ones only to their author and
-/// to site admins.
+/// Whether `viewer` may see `review`: a pending one only its author and site admins may.
+bool reviewVisible(const Review &review, const User *viewer);
+/// The reviews of a pull request that `viewer` may see.
 QList<const Review *> visibleReviews(const PullRequest &pull, const User *viewer);
 
 } // namespace kestrine::sim

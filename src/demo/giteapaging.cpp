@@ -96,6 +96,13 @@ HeaderList pagingHeaders(qint64 total, const Page &page, const QString &rootUrl,
     return headers;
 }
 
+HeaderList totalCountHeaders(qint64 total)
+{
+    return {
+        {QByteArrayLiteral("X-Total-Count"), QByteArray::number(total)},
+        {QByteArrayLiteral("Access-Control-Expose-Headers"), QByteArrayLiteral("X-Total-Count")}};
+}
+
 void addPageCountHeaders(HeaderList &headers, qint64 total, const Page &page)
 {
     const qint64 pageCount = (total + page.size - 1) / page.size;

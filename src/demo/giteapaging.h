@@ -33,6 +33,10 @@ struct Page
 HeaderList pagingHeaders(qint64 total, const Page &page, const QString &rootUrl,
                          const QByteArray &path, const QByteArray &rawQuery);
 
+/// The header Gitea adds where it counts a list but links no pages (a pull request's reviews):
+/// "X-Total-Count", and the "Access-Control-Expose-Headers" naming it.
+HeaderList totalCountHeaders(qint64 total);
+
 /// The further headers of the commit and changed-file lists: "X-Page", "X-PerPage",
 /// "X-PageCount" and "X-HasMore", appended to `headers` and to the exposed header names.
 void addPageCountHeaders(HeaderList &headers, qint64 total, const Page &page);

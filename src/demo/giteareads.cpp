@@ -15,6 +15,14 @@ Page pageOf(const Call &call)
     return Page::fromQuery(call.query(), call.state.defaultPagingNum, call.state.maxResponseItems);
 }
 
+/// "Link" and "X-Total-Count" for `page` of a list of `total` items, linking this request's own
+/// address below ROOT_URL.
+HeaderList linkHeaders(const Call &call, qint64 total, const Page &page)
+{
+    return pagingHeaders(total, page, call.json.rootUrl(), call.relativePath,
+                         call.request.rawQuery);
+}
+
 /// A paged list with "Link" and "X-Total-Count", as Gitea sends repositories and pull requests.
 template <class Item, class Render>
 FakeResponse pagedList(const Call &call, const QList<Item> &all, Render render,
@@ -25,8 +33,7 @@ FakeResponse pagedList(const Call &call, const QList<Item> &all, Render render,
     for (const auto &item : page.of(all))
         items.append(render(item));
     FakeResponse response = call.answer(items);
-    response.headers = pagingHeaders(all.size(), page, call.json.rootUrl(), call.relativePath,
-                                     call.request.rawQuery);
+    response.headers = linkHeaders(call, all.size(), page);
     if (withPageCounts)
         addPageCountHeaders(response.headers, all.size(), page);
     return response;
@@ -48,12 +55,17 @@ std::function<bool(const PullRequest *, const PullRequest *)> pullOrder(const QS
 
 } // namespace
 
+bool reviewVisible(const Review &review, const User *viewer)
+{
+    return review.state != QLatin1String("PENDING") ||
+           (viewer && (viewer->isAdmin || viewer->id == review.userId));
+}
+
 QList<const Review *> visibleReviews(const PullRequest &pull, const User *viewer)
 {
     QList<const Review *> visible;
     for (const Review &review : pull.reviews) {
-        const bool pending = review.state == QLatin1String("PENDING");
-        if (!pending || (viewer && (viewer->isAdmin || viewer->id == review.userId)))
+        if (reviewVisible(review, viewer))
             visible.append(&review);
     }
     return visible;
@@ -117,10 +129,18 @@ FakeResponse listReviews(Call &call)
     const PullRequest *pull = call.pull();
     if (!pull)
         return call.notFound();
+    // Gitea cuts the page from all the pull request's reviews and counts them all, and only then
+    // drops the pending ones the doer may not see: a page can hold fewer than its limit with more
+    // to come, and X-Total-Count counts reviews this doer never gets. It links no pages here (only
+    // the count is set), so the next page is found by asking for page=2, 3, ... until one is empty.
     QJsonArray reviews;
-    for (const Review *review : pageOf(call).of(visibleReviews(*pull, call.doer)))
-        reviews.append(call.json.review(*call.repo, *pull, *review));
-    return call.answer(reviews);
+    for (const Review &review : pageOf(call).of(pull->reviews)) {
+        if (reviewVisible(review, call.doer))
+            reviews.append(call.json.review(*call.repo, *pull, review));
+    }
+    FakeResponse response = call.answer(reviews);
+    response.headers = totalCountHeaders(pull->reviews.size());
+    return response;
 }
 
 FakeResponse listComments(Call &call)
@@ -128,10 +148,13 @@ FakeResponse listComments(Call &call)
     const PullRequest *pull = call.pull();
     if (!pull)
         return call.notFound();
+    // Gitea reads no `page` or `limit` here: the whole list comes at once, with its count.
     QJsonArray comments;
     for (const Comment &comment : pull->comments)
         comments.append(call.json.comment(*call.repo, *pull, comment));
-    return call.answer(comments);
+    FakeResponse response = call.answer(comments);
+    response.headers = totalCountHeaders(pull->comments.size());
+    return response;
 }
 
 FakeResponse listFiles(Call &call)
@@ -168,11 +191,17 @@ FakeResponse listRuns(Call &call)
             (event.isEmpty() || run->event == event))
             runs.append(&*run);
     }
-    QJsonArray page;
-    for (const Run *run : pageOf(call).of(runs))
-        page.append(call.json.run(*call.repo, *run));
-    return call.answer(QJsonObject{{QStringLiteral("workflow_runs"), page},
-                                   {QStringLiteral("total_count"), qint64(runs.size())}});
+    const Page page = pageOf(call);
+    QJsonArray items;
+    for (const Run *run : page.of(runs))
+        items.append(call.json.run(*call.repo, *run));
+    FakeResponse response =
+        call.answer(QJsonObject{{QStringLiteral("workflow_runs"), items},
+                                {QStringLiteral("total_count"), qint64(runs.size())}});
+    // As Gitea's development line answers. Gitea 1.25 and 1.26 send only the envelope's
+    // total_count, without "Link" and "X-Total-Count".
+    response.headers = linkHeaders(call, runs.size(), page);
+    return response;
 }
 
 FakeResponse listJobs(Call &call)
@@ -180,11 +209,17 @@ FakeResponse listJobs(Call &call)
     const Run *run = call.repo->run(call.params.value(QStringLiteral("run")).toLongLong());
     if (!run)
         return call.notFound();
-    QJsonArray page;
-    for (const Job &job : pageOf(call).of(run->jobs))
-        page.append(call.json.job(*call.repo, *run, job));
-    return call.answer(QJsonObject{{QStringLiteral("jobs"), page},
-                                   {QStringLiteral("total_count"), qint64(run->jobs.size())}});
+    const Page page = pageOf(call);
+    QJsonArray items;
+    for (const Job &job : page.of(run->jobs))
+        items.append(call.json.job(*call.repo, *run, job));
+    FakeResponse response =
+        call.answer(QJsonObject{{QStringLiteral("jobs"), items},
+                                {QStringLiteral("total_count"), qint64(run->jobs.size())}});
+    // As for the runs: the headers come from Gitea's development line; 1.25 and 1.26 send only
+    // the envelope's total_count.
+    response.headers = linkHeaders(call, run->jobs.size(), page);
+    return response;
 }
 
 FakeResponse jobLogs(Call &call)

@@ -4,6 +4,7 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QRegularExpression>
+#include <QUrl>
 #include <algorithm>
 #include <cmath>
 
@@ -272,6 +273,17 @@ private:
         m_state.maxResponseItems = int(instance.integer(QLatin1String("max_response_items"), 50));
         if (m_state.defaultPagingNum < 1 || m_state.maxResponseItems < 1)
             refuse(instance.where(), QStringLiteral("page sizes must be at least 1"));
+        const QString rootUrl = instance.text(QLatin1String("root_url"));
+        if (!rootUrl.isEmpty()) {
+            // Gitea refuses to start with a ROOT_URL it cannot build links from.
+            const QUrl url(rootUrl, QUrl::StrictMode);
+            if (!url.isValid() || url.host().isEmpty() ||
+                (url.scheme() != QLatin1String("http") && url.scheme() != QLatin1String("https")))
+                instance.problem(
+                    QLatin1String("root_url"),
+                    QStringLiteral("is not an http or https address: \"%1\"").arg(rootUrl));
+            m_state.rootUrl = normalizedRootUrl(rootUrl);
+        }
     }
 
     qint64 userId(const QString &login, const QString &where) const

@@ -121,10 +121,19 @@ void GiteaSimulation::install(FakeGiteaServer *server, const QString &pathPrefix
 
 QString GiteaSimulation::rootUrl() const
 {
+    if (!m_rootUrl.isEmpty())
+        return m_rootUrl;
+    if (!m_state.rootUrl.isEmpty())
+        return m_state.rootUrl;
     // Without a server, Gitea's own default ROOT_URL.
     const QString origin =
         m_server ? m_server->baseUrl().toString() : QStringLiteral("http://localhost:3000");
     return origin + m_pathPrefix + u'/';
+}
+
+void GiteaSimulation::setRootUrl(const QString &rootUrl)
+{
+    m_rootUrl = sim::normalizedRootUrl(rootUrl);
 }
 
 void GiteaSimulation::setClock(std::function<QDateTime()> clock)

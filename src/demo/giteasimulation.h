@@ -6,7 +6,8 @@
 // The state comes from a seed, a JSON document:
 //
 //   {
-//     "instance": {"default_paging_num": 30, "max_response_items": 50},      optional
+//     "instance": {"default_paging_num": 30, "max_response_items": 50,       optional
+//                  "root_url": "https://git.example.org/"},     optional, see rootUrl()
 //     "users": [{"login": "ann", "id": 3, "full_name": "Ann Andersson", "email": "...",
 //                "is_admin": false, "keep_email_private": false, "created": "<time>",
 //                "last_login": "<time>", "language": "en-US", "location": "", "website": "",
@@ -78,9 +79,10 @@
 //
 // Gitea's answers are followed as its API handlers give them (routers/api/v1): paging with
 // `page` and `limit` (default 30, at most 50, Gitea's own settings), "Link" and
-// "X-Total-Count" headers, 404 bodies {"errors": null, "message": "not found", "url": ...},
+// "X-Total-Count" headers (a pull request's reviews get only "X-Total-Count"; an issue's
+// comments come whole, unpaged), 404 bodies {"errors": null, "message": "not found", "url": ...},
 // and the status and message of every refusal. Where it matters, the endpoint's comment in
-// giteawrites.cpp says which case answers what.
+// giteareads.cpp or giteawrites.cpp says which case answers what.
 
 #include "fakegiteaserver.h"
 #include "giteajson.h"
@@ -117,8 +119,15 @@ public:
     /// "/gitea" stands for an instance below a sub-path). The routes stay with the server; they
     /// are removed again when the simulation is destroyed first.
     void install(FakeGiteaServer *server, const QString &pathPrefix = {});
-    /// The instance's ROOT_URL, with a trailing "/": the server's address and the prefix.
+    /// The instance's ROOT_URL, with a trailing "/": the one set with setRootUrl(), else the
+    /// seed's "instance.root_url", else the server's address and the prefix. Gitea writes every
+    /// address it renders with it (html_url, clone_url, the "Link" header, the swagger url of its
+    /// errors) whatever address the request came in by.
     QString rootUrl() const;
+    /// Configures ROOT_URL, as app.ini does; a trailing "/" is added when missing. A Gitea behind
+    /// a proxy or under another name has one that names a host the client never talks to. An
+    /// empty one goes back to the seed's or the server's. It outlasts loadSeed().
+    void setRootUrl(const QString &rootUrl);
     /// Where "now" comes from for merges, reviews and comments (default: the current UTC time).
     void setClock(std::function<QDateTime()> clock);
 
@@ -152,6 +161,7 @@ private:
     QString m_loadError;
     QPointer<FakeGiteaServer> m_server;
     QString m_pathPrefix;
+    QString m_rootUrl;
     std::function<QDateTime()> m_clock;
 };
 

@@ -1,6 +1,7 @@
 #include "giteastate.h"
 
 #include <QCryptographicHash>
+#include <QUrl>
 #include <algorithm>
 
 namespace kestrine::sim {
@@ -114,6 +115,20 @@ bool isWorkInProgress(const QString &title)
 {
     return title.startsWith(QLatin1String("WIP:"), Qt::CaseInsensitive) ||
            title.startsWith(QLatin1String("[WIP]"), Qt::CaseInsensitive);
+}
+
+QString normalizedRootUrl(const QString &rootUrl)
+{
+    if (rootUrl.isEmpty())
+        return {};
+    QUrl url(rootUrl);
+    if ((url.scheme() == QLatin1String("http") && url.port() == 80) ||
+        (url.scheme() == QLatin1String("https") && url.port() == 443))
+        url.setPort(-1);
+    QString text = url.toString(QUrl::FullyEncoded);
+    while (text.endsWith(u'/'))
+        text.chop(1);
+    return text + u'/';
 }
 
 QString derivedSha(const QString &text)

@@ -237,6 +237,9 @@ struct State
     /// Gitea's [api] DEFAULT_PAGING_NUM and MAX_RESPONSE_ITEMS.
     int defaultPagingNum = 30;
     int maxResponseItems = 50;
+    /// Gitea's [server] ROOT_URL as the seed gives it, with a trailing "/"; empty: the address
+    /// the instance listens on.
+    QString rootUrl;
     qint64 nextReviewId = 1;
     qint64 nextCommentId = 1;
 
@@ -254,6 +257,10 @@ bool isWorkInProgress(const QString &title);
 
 /// Every merge style Gitea knows, as its merge endpoint spells them in "Do".
 const QStringList &mergeStyleNames();
+
+/// A ROOT_URL as Gitea keeps it: without the default port of its scheme (":80" for http, ":443"
+/// for https) and ending in exactly one "/". Empty stays empty.
+QString normalizedRootUrl(const QString &rootUrl);
 
 /// A stable, commit-like SHA-1 (40 hex digits) made from `text`, for commits that the simulation
 /// creates itself (merges, updates) or that a seed leaves out.

@@ -5,10 +5,13 @@
 #include "giteaclient.h"
 #include "outcome.h"
 
+#include <QCoroNetworkReply>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QNetworkAccessManager>
+#include <QNetworkReply>
+#include <QRegularExpression>
 #include <QtTest>
 
 using namespace kestrine;
@@ -38,6 +41,41 @@ QList<QDateTime> timesOf(const QByteArray &seed)
     QList<QDateTime> times;
     collectTimes(QJsonDocument::fromJson(seed).object(), times);
     return times;
+}
+
+struct Answer
+{
+    int status = 0;
+    QByteArray body;
+    QList<QNetworkReply::RawHeaderPair> headers;
+
+    QByteArray header(const QByteArray &name) const
+    {
+        for (const auto &[key, value] : headers) {
+            if (key.compare(name, Qt::CaseInsensitive) == 0)
+                return value;
+        }
+        return {};
+    }
+};
+
+/// A raw request to the demo instance as its user, `pathAndQuery` below its address.
+Answer get(const DemoInstance &demo, const QString &pathAndQuery)
+{
+    QNetworkAccessManager session;
+    QNetworkRequest request(QUrl(demo.url().toString() + pathAndQuery, QUrl::TolerantMode));
+    request.setRawHeader("Authorization", "token " + demo.token().toUtf8());
+    std::unique_ptr<QNetworkReply> reply(session.get(request));
+    QCoro::waitFor(qCoro(reply.get()).waitForFinished());
+    return {reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt(), reply->readAll(),
+            reply->rawHeaderPairs()};
+}
+
+/// The target of the `rel` link in a "Link" header; empty when there is none.
+QString linkTo(const QByteArray &header, const char *rel)
+{
+    const QRegularExpression link(QStringLiteral("<([^>]*)>; rel=\"%1\"").arg(QLatin1String(rel)));
+    return link.match(QString::fromUtf8(header)).captured(1);
 }
 
 } // namespace
@@ -105,7 +143,7 @@ private slots:
         }
         QVERIFY(outcomes.contains(QStringLiteral("success")));
         QVERIFY(outcomes.contains(QStringLiteral("failure")));
-        QVERIFY(outcomes.contains(QStringLiteral("waiting")));
+        QVERIFY(outcomes.contains(QStringLiteral("in_progress")));
         const auto log =
             runToEnd(client.jobLogs(QStringLiteral("norrum"), QStringLiteral("harbor"), 1181));
         QVERIFY(log.value);
@@ -115,6 +153,122 @@ private slots:
             runToEnd(client.diff(QStringLiteral("norrum"), QStringLiteral("harbor"), 142));
         QVERIFY(diff.value);
         QVERIFY(diff.value->contains(QStringLiteral("+++ b/fetcher/fetcher.go")));
+    }
+
+    void theTranslationsPullRequestHasTwoPagesOfFiles()
+    {
+        DemoInstance demo;
+        QVERIFY2(demo.start(), qPrintable(demo.errorString()));
+        const QString pull = QStringLiteral("/api/v1/repos/norrum/kestrel-web/pulls/64");
+
+        const Answer first = get(demo, pull + QStringLiteral("/files"));
+        QCOMPARE(first.status, 200);
+        const QJsonArray firstPage = QJsonDocument::fromJson(first.body).array();
+        QCOMPARE(firstPage.size(), 30);
+        const qsizetype total = first.header("X-Total-Count").toInt();
+        QVERIFY2(total > 30 && total <= 40, first.header("X-Total-Count").constData());
+        const QString next = linkTo(first.header("Link"), "next");
+        QVERIFY2(next.startsWith(demo.url().toString() + pull + QStringLiteral("/files?")),
+                 qPrintable(next));
+
+        const Answer second = get(demo, next.mid(demo.url().toString().size()));
+        QCOMPARE(second.status, 200);
+        const QJsonArray secondPage = QJsonDocument::fromJson(second.body).array();
+        QCOMPARE(firstPage.size() + secondPage.size(), total);
+        QVERIFY(linkTo(second.header("Link"), "next").isEmpty());
+
+        // What the pull request says of itself agrees, and its diff has a section for each file.
+        const QJsonObject pr = QJsonDocument::fromJson(get(demo, pull).body).object();
+        QCOMPARE(pr.value(QStringLiteral("changed_files")).toInteger(), total);
+        const QByteArray diff = get(demo, pull + QStringLiteral(".diff")).body;
+        QCOMPARE(diff.count("diff --git "), total);
+        QSet<QString> names;
+        for (const QJsonArray &page : {firstPage, secondPage}) {
+            for (const QJsonValue &file : page) {
+                const QByteArray name = file[QStringLiteral("filename")].toString().toUtf8();
+                names.insert(QString::fromUtf8(name));
+                QVERIFY2(diff.contains("diff --git a/" + name + " b/" + name + '\n'),
+                         name.constData());
+            }
+        }
+        QCOMPARE(names.size(), total);
+    }
+
+    void oneRunIsStillInProgress()
+    {
+        DemoInstance demo;
+        QVERIFY2(demo.start(), qPrintable(demo.errorString()));
+        const QString repo = QStringLiteral("/api/v1/repos/norrum/harbor");
+        const QJsonObject pr =
+            QJsonDocument::fromJson(get(demo, repo + QStringLiteral("/pulls/145")).body).object();
+        const QString head = pr[QStringLiteral("head")][QStringLiteral("sha")].toString();
+        const QJsonArray runs =
+            QJsonDocument::fromJson(
+                get(demo, repo + QStringLiteral("/actions/runs?head_sha=") + head).body)
+                .object()[QStringLiteral("workflow_runs")]
+                .toArray();
+        QCOMPARE(runs.size(), 1);
+        const QJsonObject run = runs.first().toObject();
+        QCOMPARE(run[QStringLiteral("status")].toString(), QStringLiteral("in_progress"));
+        QVERIFY(!run.contains(QStringLiteral("conclusion")));
+
+        const QJsonArray jobs =
+            QJsonDocument::fromJson(
+                get(demo, repo + QStringLiteral("/actions/runs/%1/jobs")
+                                     .arg(run[QStringLiteral("id")].toInteger()))
+                    .body)
+                .object()[QStringLiteral("jobs")]
+                .toArray();
+        QStringList states;
+        for (const QJsonValue &job : jobs) {
+            states.append(job[QStringLiteral("status")].toString() + u'/' +
+                          job[QStringLiteral("conclusion")].toString());
+        }
+        QCOMPARE(states, QStringList({"completed/success", "in_progress/", "queued/"}));
+        // The running job's log so far can be read.
+        const Answer log = get(demo, repo + QStringLiteral("/actions/jobs/%1/logs")
+                                                .arg(jobs.at(1)[QStringLiteral("id")].toInteger()));
+        QCOMPARE(log.status, 200);
+        QVERIFY(!log.body.contains("Job succeeded"));
+    }
+
+    void runsAndJobsSayOnlyWhatGiteaSays()
+    {
+        // Gitea's own words for where a run or job stands: "running" is never one of them.
+        DemoInstance demo;
+        QVERIFY2(demo.start(), qPrintable(demo.errorString()));
+        const QStringList statuses{QStringLiteral("queued"), QStringLiteral("waiting"),
+                                   QStringLiteral("in_progress"), QStringLiteral("completed")};
+        QSet<QString> seen;
+        int jobCount = 0;
+        for (const QString &repo : {QStringLiteral("harbor"), QStringLiteral("kestrel-web"),
+                                    QStringLiteral("infra"), QStringLiteral("docs")}) {
+            const QString base = QStringLiteral("/api/v1/repos/norrum/") + repo;
+            const QJsonArray runs =
+                QJsonDocument::fromJson(get(demo, base + QStringLiteral("/actions/runs")).body)
+                    .object()[QStringLiteral("workflow_runs")]
+                    .toArray();
+            for (const QJsonValue &run : runs) {
+                seen.insert(run[QStringLiteral("status")].toString());
+                const QJsonArray jobs =
+                    QJsonDocument::fromJson(
+                        get(demo, base + QStringLiteral("/actions/runs/%1/jobs")
+                                             .arg(run[QStringLiteral("id")].toInteger()))
+                            .body)
+                        .object()[QStringLiteral("jobs")]
+                        .toArray();
+                for (const QJsonValue &job : jobs) {
+                    seen.insert(job[QStringLiteral("status")].toString());
+                    for (const QJsonValue &step : job[QStringLiteral("steps")].toArray())
+                        seen.insert(step[QStringLiteral("status")].toString());
+                    ++jobCount;
+                }
+            }
+        }
+        QVERIFY(jobCount > 10);
+        for (const QString &status : seen)
+            QVERIFY2(statuses.contains(status), qPrintable(status));
+        QVERIFY(seen.contains(QStringLiteral("in_progress")));
     }
 
     void refusesAStrangerToken()

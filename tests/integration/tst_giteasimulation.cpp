@@ -14,6 +14,7 @@
 #include <QNetworkReply>
 #include <QRegularExpression>
 #include <QtTest>
+#include <algorithm>
 
 using namespace kestrine;
 
@@ -44,6 +45,12 @@ struct Answer
                 return value;
         }
         return {};
+    }
+    bool hasHeader(const QByteArray &name) const
+    {
+        return std::any_of(headers.begin(), headers.end(), [&name](const auto &header) {
+            return header.first.compare(name, Qt::CaseInsensitive) == 0;
+        });
     }
     QJsonObject object() const { return QJsonDocument::fromJson(body).object(); }
     QJsonArray array() const { return QJsonDocument::fromJson(body).array(); }
@@ -103,6 +110,70 @@ QByteArray generatedSeed(int repositories, int pulls = 0)
         {QStringLiteral("tokens"), QJsonObject{{QStringLiteral("t0k3n"), "ann"}}},
         {QStringLiteral("repositories"), repos}};
     return QJsonDocument(seed).toJson(QJsonDocument::Compact);
+}
+
+/// A seed with "ann" (token "t0k3n", a site admin), "bo" (token "b0") and "cy" (token "c0"), and
+/// the public repository ann/big: pull request 1 with `reviews` reviews by bo, ids 1001 on, those
+/// at the indexes in `pending` still pending; and run 7 on its head with `jobs` jobs, ids 501 on.
+QByteArray seedWithLongLists(int reviews, int jobs, const QList<int> &pending = {})
+{
+    QJsonArray reviewList;
+    for (int i = 0; i < reviews; ++i) {
+        reviewList.append(
+            QJsonObject{{QStringLiteral("id"), 1001 + i},
+                        {QStringLiteral("user"), QStringLiteral("bo")},
+                        {QStringLiteral("state"), pending.contains(i) ? QStringLiteral("PENDING")
+                                                                      : QStringLiteral("COMMENT")},
+                        {QStringLiteral("body"), QStringLiteral("Note %1").arg(i + 1)}});
+    }
+    QJsonArray jobList;
+    for (int i = 0; i < jobs; ++i) {
+        jobList.append(QJsonObject{{QStringLiteral("id"), 501 + i},
+                                   {QStringLiteral("name"), QStringLiteral("shard %1").arg(i + 1)},
+                                   {QStringLiteral("status"), QStringLiteral("completed")},
+                                   {QStringLiteral("conclusion"), QStringLiteral("success")}});
+    }
+    const QString head = QStringLiteral("0123456789abcdef0123456789abcdef01234567");
+    const QJsonObject repo{
+        {QStringLiteral("owner"), QStringLiteral("ann")},
+        {QStringLiteral("name"), QStringLiteral("big")},
+        {QStringLiteral("pulls"),
+         QJsonArray{QJsonObject{{QStringLiteral("number"), 1},
+                                {QStringLiteral("user"), QStringLiteral("ann")},
+                                {QStringLiteral("title"), QStringLiteral("Many of everything")},
+                                {QStringLiteral("head"), QStringLiteral("many")},
+                                {QStringLiteral("head_sha"), head},
+                                {QStringLiteral("reviews"), reviewList}}}},
+        {QStringLiteral("runs"),
+         QJsonObject{{head, QJsonArray{QJsonObject{
+                                {QStringLiteral("id"), 7},
+                                {QStringLiteral("display_title"), QStringLiteral("Many")},
+                                {QStringLiteral("head_branch"), QStringLiteral("many")},
+                                {QStringLiteral("actor"), QStringLiteral("ann")},
+                                {QStringLiteral("status"), QStringLiteral("completed")},
+                                {QStringLiteral("conclusion"), QStringLiteral("success")},
+                                {QStringLiteral("jobs"), jobList}}}}}}};
+    const QJsonObject seed{
+        {QStringLiteral("users"),
+         QJsonArray{QJsonObject{{QStringLiteral("login"), "ann"}, {"is_admin", true}},
+                    QJsonObject{{QStringLiteral("login"), "bo"}},
+                    QJsonObject{{QStringLiteral("login"), "cy"}}}},
+        {QStringLiteral("tokens"), QJsonObject{{"t0k3n", "ann"}, {"b0", "bo"}, {"c0", "cy"}}},
+        {QStringLiteral("repositories"), QJsonArray{repo}}};
+    return QJsonDocument(seed).toJson(QJsonDocument::Compact);
+}
+
+/// The targets of a "Link" header by their relation: {"next": "https://...", ...}.
+QMap<QString, QString> linksOf(const QByteArray &header)
+{
+    static const QRegularExpression link(QStringLiteral("<([^>]*)>; rel=\"([a-z]+)\""));
+    QMap<QString, QString> links;
+    for (const QString &part : QString::fromUtf8(header).split(u',', Qt::SkipEmptyParts)) {
+        const QRegularExpressionMatch match = link.match(part);
+        if (match.hasMatch())
+            links.insert(match.captured(2), match.captured(1));
+    }
+    return links;
 }
 
 QJsonObject seedPull(int number)
@@ -211,6 +282,15 @@ private slots:
                    "\"runs\":{\"abc\":[{\"display_title\":\"t\",\"head_branch\":\"h\",\"actor\":"
                    "\"ann\", \"status\":\"in_progress\",\"conclusion\":\"success\"}]}}]}")
             << QStringLiteral("seed.repositories[0].runs.abc[0]: \"conclusion\" is only for");
+        QTest::newRow("a status Gitea never sends")
+            << QByteArray(
+                   "{\"users\":[{\"login\":\"ann\"}],\"repositories\":[{\"owner\":\"ann\",\"name\":"
+                   "\"x\", \"runs\":{\"abc\":[{\"display_title\":\"t\",\"head_branch\":\"h\","
+                   "\"actor\":\"ann\", \"status\":\"running\"}]}}]}")
+            << QStringLiteral("seed.repositories[0].runs.abc[0]: \"status\" is \"running\"");
+        QTest::newRow("root URL without a scheme")
+            << QByteArray("{\"instance\":{\"root_url\":\"git.example.org/\"}}")
+            << QStringLiteral("seed.instance: \"root_url\" is not an http or https address");
         QTest::newRow("token of nobody")
             << QByteArray("{\"users\":[{\"login\":\"ann\"}],\"tokens\":{\"t\":\"bob\"}}")
             << QStringLiteral("seed.tokens: unknown user \"bob\"");
@@ -562,6 +642,57 @@ private slots:
         QCOMPARE(pendingFor(annToken), 1); // a site admin
     }
 
+    void reviewsAreCountedButTheirPagesAreNotLinked()
+    {
+        useSeed(seedWithLongLists(40, 0));
+        const QString path = QStringLiteral("/api/v1/repos/ann/big/pulls/1/reviews");
+        const Answer first = get(path, "t0k3n");
+        QCOMPARE(first.status, 200);
+        QCOMPARE(first.array().size(), 30);
+        QCOMPARE(idsOf(first.array()).first(), 1001);
+        QCOMPARE(first.header("X-Total-Count"), QByteArray("40"));
+        QCOMPARE(first.header("Access-Control-Expose-Headers"), QByteArray("X-Total-Count"));
+        QVERIFY(!first.hasHeader("Link"));
+
+        // The rest is asked for by number.
+        const Answer second = get(path + QStringLiteral("?page=2"), "t0k3n");
+        QList<qint64> rest;
+        for (qint64 id = 1031; id <= 1040; ++id)
+            rest.append(id);
+        QCOMPARE(idsOf(second.array()), rest);
+        QCOMPARE(second.header("X-Total-Count"), QByteArray("40"));
+        QVERIFY(!second.hasHeader("Link"));
+        const Answer past = get(path + QStringLiteral("?page=3"), "t0k3n");
+        QCOMPARE(past.body, QByteArray("[]"));
+        QCOMPARE(past.header("X-Total-Count"), QByteArray("40"));
+
+        QCOMPARE(get(path + QStringLiteral("?limit=100"), "t0k3n").array().size(), 40);
+        QCOMPARE(get(path + QStringLiteral("?limit=25&page=2"), "t0k3n").array().size(), 15);
+    }
+
+    void hiddenPendingReviewsStillCountAndHoldTheirPlaces()
+    {
+        // The reviews at indexes 4 and 31 are pending, so only bo (their author) and ann (a site
+        // admin) get them; cy gets a short first page and is still told of all 32.
+        useSeed(seedWithLongLists(32, 0, {4, 31}));
+        const QString path = QStringLiteral("/api/v1/repos/ann/big/pulls/1/reviews");
+        QCOMPARE(get(path, "t0k3n").array().size(), 30);
+        const Answer first = get(path, "c0");
+        QCOMPARE(first.array().size(), 29);
+        QVERIFY(!idsOf(first.array()).contains(1005));
+        QCOMPARE(idsOf(first.array()).last(), 1030);
+        QCOMPARE(first.header("X-Total-Count"), QByteArray("32"));
+        const Answer second = get(path + QStringLiteral("?page=2"), "c0");
+        QCOMPARE(idsOf(second.array()), QList<qint64>({1031}));
+        QCOMPARE(second.header("X-Total-Count"), QByteArray("32"));
+        QCOMPARE(idsOf(get(path + QStringLiteral("?page=2"), "b0").array()),
+                 QList<qint64>({1031, 1032}));
+        // Anonymous readers of a public repository are told the same count.
+        const Answer anonymous = get(path, QByteArray());
+        QCOMPARE(anonymous.array().size(), 29);
+        QCOMPARE(anonymous.header("X-Total-Count"), QByteArray("32"));
+    }
+
     void commentsHaveGiteasShape()
     {
         const QJsonArray comments =
@@ -581,6 +712,16 @@ private slots:
                  root() + QStringLiteral("ann/tool/pulls/7"));
         QCOMPARE(second[QStringLiteral("assets")].toArray().size(), 0);
         QCOMPARE(get(QStringLiteral("/api/v1/repos/ann/tool/issues/12/comments")).status, 404);
+    }
+
+    void issueCommentsComeWholeWithTheirCount()
+    {
+        const Answer answer =
+            get(QStringLiteral("/api/v1/repos/ann/tool/issues/7/comments?limit=1&page=2"));
+        QCOMPARE(answer.status, 200);
+        QCOMPARE(idsOf(answer.array()), QList<qint64>({301, 302}));
+        QCOMPARE(answer.header("X-Total-Count"), QByteArray("2"));
+        QVERIFY(!answer.hasHeader("Link"));
     }
 
     void changedFilesCarryTheirStatusesAndPages()
@@ -644,6 +785,48 @@ private slots:
         QCOMPARE(foreign[QStringLiteral("commit")][QStringLiteral("author")][QStringLiteral("name")]
                      .toString(),
                  QStringLiteral("Cy Carlsson"));
+    }
+
+    void changedFilesAndCommitsLinkTheirPagesFromTheRequest()
+    {
+        const QString files = root() + QStringLiteral("api/v1/repos/ann/tool/pulls/7/files");
+        const Answer first = get(QStringLiteral("/api/v1/repos/ann/tool/pulls/7/files?limit=3"));
+        QCOMPARE(first.array().size(), 3);
+        QCOMPARE(
+            QString::fromUtf8(first.header("Link")),
+            QStringLiteral("<%1?limit=3&page=2>; rel=\"next\",<%1?limit=3&page=2>; rel=\"last\"")
+                .arg(files));
+        QCOMPARE(first.header("X-Total-Count"), QByteArray("4"));
+        QCOMPARE(first.header("Access-Control-Expose-Headers"),
+                 QByteArray("Link, X-Total-Count, X-Page, X-PerPage, X-PageCount, X-HasMore"));
+        // The last page links back, and has no "next".
+        const Answer last =
+            get(QStringLiteral("/api/v1/repos/ann/tool/pulls/7/files?limit=3&page=2"));
+        QCOMPARE(last.array().size(), 1);
+        QCOMPARE(
+            QString::fromUtf8(last.header("Link")),
+            QStringLiteral("<%1?limit=3&page=1>; rel=\"first\",<%1?limit=3&page=1>; rel=\"prev\"")
+                .arg(files));
+        // The request's other parameters stay in the links, in Go's sorted order.
+        QCOMPARE(linksOf(get(QStringLiteral("/api/v1/repos/ann/tool/pulls/7/files?"
+                                            "whitespace=ignore-all&limit=2"))
+                             .header("Link"))
+                     .value(QStringLiteral("next")),
+                 files + QStringLiteral("?limit=2&page=2&whitespace=ignore-all"));
+        // A list on one page links nothing.
+        QVERIFY(!get(QStringLiteral("/api/v1/repos/ann/tool/pulls/7/files")).hasHeader("Link"));
+
+        const QString commits = root() + QStringLiteral("api/v1/repos/ann/tool/pulls/7/commits");
+        const Answer firstCommit =
+            get(QStringLiteral("/api/v1/repos/ann/tool/pulls/7/commits?limit=1"));
+        QCOMPARE(firstCommit.array().size(), 1);
+        QCOMPARE(firstCommit.header("X-Total-Count"), QByteArray("2"));
+        const QMap<QString, QString> links = linksOf(firstCommit.header("Link"));
+        QCOMPARE(links.keys(), QStringList({"last", "next"}));
+        QCOMPARE(links.value(QStringLiteral("next")), commits + QStringLiteral("?limit=1&page=2"));
+        const Answer lastCommit = get(links.value(QStringLiteral("next")).mid(root().size() - 1));
+        QCOMPARE(lastCommit.array().first()[QStringLiteral("sha")].toString(), toolHead);
+        QCOMPARE(linksOf(lastCommit.header("Link")).keys(), QStringList({"first", "prev"}));
     }
 
     void diffIsServedAsPlainText()
@@ -732,6 +915,76 @@ private slots:
         QVERIFY(!queued.contains(QStringLiteral("conclusion")));
         QVERIFY(!queued.contains(QStringLiteral("runner_name")));
         QCOMPARE(get(QStringLiteral("/api/v1/repos/ann/tool/actions/runs/9999/jobs")).status, 404);
+    }
+
+    void runsListLinksItsPagesBesideItsEnvelope()
+    {
+        const QString runs = root() + QStringLiteral("api/v1/repos/ann/tool/actions/runs");
+        const Answer first = get(QStringLiteral("/api/v1/repos/ann/tool/actions/runs?limit=2"));
+        QCOMPARE(first.status, 200);
+        QCOMPARE(idsOf(first.object()[QStringLiteral("workflow_runs")].toArray()),
+                 QList<qint64>({43, 42}));
+        QCOMPARE(first.object()[QStringLiteral("total_count")].toInt(), 5);
+        QCOMPARE(first.header("X-Total-Count"), QByteArray("5"));
+        QCOMPARE(
+            QString::fromUtf8(first.header("Link")),
+            QStringLiteral("<%1?limit=2&page=2>; rel=\"next\",<%1?limit=2&page=3>; rel=\"last\"")
+                .arg(runs));
+        QCOMPARE(first.header("Access-Control-Expose-Headers"), QByteArray("Link, X-Total-Count"));
+
+        const Answer last =
+            get(QStringLiteral("/api/v1/repos/ann/tool/actions/runs?limit=2&page=3"));
+        QCOMPARE(idsOf(last.object()[QStringLiteral("workflow_runs")].toArray()),
+                 QList<qint64>({39}));
+        const QMap<QString, QString> back = linksOf(last.header("Link"));
+        QCOMPARE(back.keys(), QStringList({"first", "prev"}));
+        QCOMPARE(back.value(QStringLiteral("prev")), runs + QStringLiteral("?limit=2&page=2"));
+
+        // A filter stays in the links and counts only what it lets through.
+        const Answer filtered =
+            get(QStringLiteral("/api/v1/repos/ann/tool/actions/runs?limit=1&head_sha=%1")
+                    .arg(toolHead));
+        QCOMPARE(filtered.header("X-Total-Count"), QByteArray("2"));
+        QCOMPARE(linksOf(filtered.header("Link")).value(QStringLiteral("next")),
+                 runs + QStringLiteral("?head_sha=%1&limit=1&page=2").arg(toolHead));
+
+        // All on one page: counted, not linked.
+        const Answer all = get(QStringLiteral("/api/v1/repos/ann/tool/actions/runs"));
+        QCOMPARE(all.header("X-Total-Count"), QByteArray("5"));
+        QVERIFY(!all.hasHeader("Link"));
+    }
+
+    void jobsOfAFortyJobRunComeThirtyAndTenWithLinks()
+    {
+        useSeed(seedWithLongLists(0, 40));
+        const QString jobs = root() + QStringLiteral("api/v1/repos/ann/big/actions/runs/7/jobs");
+        const Answer first =
+            get(QStringLiteral("/api/v1/repos/ann/big/actions/runs/7/jobs"), "t0k3n");
+        QCOMPARE(first.status, 200);
+        const QJsonArray firstJobs = first.object()[QStringLiteral("jobs")].toArray();
+        QCOMPARE(firstJobs.size(), 30);
+        QCOMPARE(first.object()[QStringLiteral("total_count")].toInt(), 40);
+        QCOMPARE(first.header("X-Total-Count"), QByteArray("40"));
+        const QMap<QString, QString> links = linksOf(first.header("Link"));
+        QCOMPARE(links.keys(), QStringList({"last", "next"}));
+        QCOMPARE(links.value(QStringLiteral("next")), jobs + QStringLiteral("?page=2"));
+        QCOMPARE(links.value(QStringLiteral("last")), jobs + QStringLiteral("?page=2"));
+
+        // Following "next" as a client does.
+        const Answer second =
+            get(links.value(QStringLiteral("next")).mid(root().size() - 1), "t0k3n");
+        const QJsonArray rest = second.object()[QStringLiteral("jobs")].toArray();
+        QCOMPARE(rest.size(), 10);
+        QCOMPARE(second.object()[QStringLiteral("total_count")].toInt(), 40);
+        QCOMPARE(second.header("X-Total-Count"), QByteArray("40"));
+        const QMap<QString, QString> back = linksOf(second.header("Link"));
+        QCOMPARE(back.keys(), QStringList({"first", "prev"}));
+        QCOMPARE(back.value(QStringLiteral("prev")), jobs + QStringLiteral("?page=1"));
+        QSet<qint64> seen;
+        for (const qint64 id : idsOf(firstJobs) + idsOf(rest))
+            seen.insert(id);
+        QCOMPARE(seen.size(), 40);
+        QVERIFY(seen.contains(501) && seen.contains(540));
     }
 
     void jobLogsAreRawTextOr404()
@@ -1282,6 +1535,69 @@ private slots:
                      .object()[QStringLiteral("url")]
                      .toString(),
                  server->baseUrl().toString() + QStringLiteral("/gitea/api/swagger"));
+    }
+
+    void linksAndAddressesNameTheConfiguredRootUrl()
+    {
+        // A Gitea behind a proxy: requests come in on the test server, yet everything the
+        // instance writes names its ROOT_URL.
+        sim->setRootUrl(QStringLiteral("https://proxy.example:8443/git/"));
+        QCOMPARE(sim->rootUrl(), QStringLiteral("https://proxy.example:8443/git/"));
+        const Answer files = get(QStringLiteral("/api/v1/repos/ann/tool/pulls/7/files?limit=3"));
+        QCOMPARE(files.status, 200);
+        QCOMPARE(linksOf(files.header("Link")).value(QStringLiteral("next")),
+                 QStringLiteral("https://proxy.example:8443/git/api/v1/repos/ann/tool/pulls/7/"
+                                "files?limit=3&page=2"));
+        const Answer runs = get(QStringLiteral("/api/v1/repos/ann/tool/actions/runs?limit=2"));
+        QVERIFY(runs.header("Link").startsWith(
+            "<https://proxy.example:8443/git/api/v1/repos/ann/tool/actions/runs?limit=2&page=2>"));
+        QCOMPARE(get(QStringLiteral("/api/v1/repos/ann/tool/pulls/7"))
+                     .object()[QStringLiteral("html_url")]
+                     .toString(),
+                 QStringLiteral("https://proxy.example:8443/git/ann/tool/pulls/7"));
+        QCOMPARE(get(QStringLiteral("/api/v1/repos/ann/tool/pulls/404"))
+                     .object()[QStringLiteral("url")]
+                     .toString(),
+                 QStringLiteral("https://proxy.example:8443/git/api/swagger"));
+        QCOMPARE(
+            sim->pullRequest(QStringLiteral("ann"), QStringLiteral("tool"), 7)
+                ->value(QStringLiteral("base"))[QStringLiteral("repo")][QStringLiteral("ssh_url")]
+                .toString(),
+            QStringLiteral("git@proxy.example:ann/tool.git"));
+        // Reloading the seed keeps the configuration, as a restart keeps app.ini.
+        QVERIFY(sim->loadSeed(fixtures::read(QStringLiteral("gitea/seed.json"))));
+        QCOMPARE(sim->rootUrl(), QStringLiteral("https://proxy.example:8443/git/"));
+
+        // Kept as Gitea keeps it: one trailing "/", no default port.
+        sim->setRootUrl(QStringLiteral("https://proxy.example:8443/git"));
+        QCOMPARE(sim->rootUrl(), QStringLiteral("https://proxy.example:8443/git/"));
+        sim->setRootUrl(QStringLiteral("https://git.example.org:443//"));
+        QCOMPARE(sim->rootUrl(), QStringLiteral("https://git.example.org/"));
+        sim->setRootUrl(QStringLiteral("http://git.example.org:80"));
+        QCOMPARE(sim->rootUrl(), QStringLiteral("http://git.example.org/"));
+        // Unset, the instance names the address it listens on again.
+        sim->setRootUrl(QString());
+        QCOMPARE(sim->rootUrl(), server->baseUrl().toString() + u'/');
+        QVERIFY(get(QStringLiteral("/api/v1/repos/ann/tool/pulls/7/files?limit=3"))
+                    .header("Link")
+                    .startsWith("<" + server->baseUrl().toString().toUtf8() + "/api/v1/"));
+    }
+
+    void theSeedCanNameTheRootUrl()
+    {
+        QJsonObject seed =
+            QJsonDocument::fromJson(fixtures::read(QStringLiteral("gitea/seed.json"))).object();
+        seed.insert(QStringLiteral("instance"),
+                    QJsonObject{{QStringLiteral("root_url"),
+                                 QStringLiteral("https://git.example.org/sub")}});
+        useSeed(QJsonDocument(seed).toJson(QJsonDocument::Compact));
+        QCOMPARE(sim->rootUrl(), QStringLiteral("https://git.example.org/sub/"));
+        QCOMPARE(linksOf(get(QStringLiteral("/api/v1/user/repos?limit=1")).header("Link"))
+                     .value(QStringLiteral("next")),
+                 QStringLiteral("https://git.example.org/sub/api/v1/user/repos?limit=1&page=2"));
+        // Set in code, ROOT_URL wins over the seed's.
+        sim->setRootUrl(QStringLiteral("https://proxy.example/"));
+        QCOMPARE(sim->rootUrl(), QStringLiteral("https://proxy.example/"));
     }
 
     void theRoutesGoWithTheSimulation()
