@@ -198,6 +198,38 @@ private slots:
         QCOMPARE(log.lines.size(), 2);
     }
 
+    void thirtyOneReviewsAnsweredWithOnlyATotalCountArriveInTwoRequests()
+    {
+        QVERIFY(simulate(31));
+        const auto reviews = runToEnd(client().reviews("ann", "tool", 7));
+        QVERIFY(!reviews.error);
+        QCOMPARE(reviews.value->items.size(), 31);
+        QCOMPARE(reviews.value->items.last().id, 1031);
+        const QList<RecordedRequest> requests = server->requests("GET", pullPath + "/reviews");
+        // Gitea links no pages of reviews: the count alone says a second page exists.
+        QCOMPARE(rawQueries(requests), (QStringList{QString(), QStringLiteral("page=2")}));
+        QCOMPARE(log.lines.size(), 2);
+    }
+
+    void aGiteaBehindAProxyStillHasEveryPageAskedAtTheInstance()
+    {
+        // The simulation writes its links with a root URL whose host the client never reached.
+        StrangerHost stranger;
+        QVERIFY(stranger.listen());
+        QVERIFY(simulate(75));
+        simulation->setRootUrl(QStringLiteral("http://") + stranger.address() +
+                               QStringLiteral("/git/"));
+        const auto files = runToEnd(client().changedFiles("ann", "tool", 7));
+        QVERIFY(!files.error);
+        QCOMPARE(files.value->items.size(), 75);
+        const auto jobs = runToEnd(client().jobs("ann", "tool", 31));
+        QCOMPARE(jobs.value->items.size(), 75);
+        QCOMPARE(server->requests("GET", pullPath + "/files").size(), 3);
+        QCOMPARE(server->requests("GET", jobsPath).size(), 3);
+        QTest::qWait(50);
+        QCOMPARE(stranger.contacts(), 0);
+    }
+
     void aRunWithFortyJobsArrivesWhole()
     {
         QVERIFY(simulate(40));
