@@ -1,4 +1,5 @@
 #include "app.h"
+#include "terminationsignal.h"
 
 #include <QCommandLineParser>
 #include <QGuiApplication>
@@ -25,5 +26,8 @@ int main(int argc, char *argv[])
         qCritical("kestrine: %s", qUtf8Printable(app.errorString()));
         return 1;
     }
+    // Stopped by the session or systemd: leave as through the window's close, so that the log's
+    // last lines are written.
+    kestrine::onTerminationSignal([] { QCoreApplication::quit(); });
     return application.exec();
 }

@@ -62,12 +62,25 @@ QString LogEntry::line() const
 LogStore::LogStore(QObject *parent)
     : QObject(parent)
 {
+    m_writeTimer.setSingleShot(true);
+    m_writeTimer.setInterval(writeDelay);
+    connect(&m_writeTimer, &QTimer::timeout, this, &LogStore::flush);
+    // The application may be left without destroying the log (a shared log has the application
+    // as parent, but a quit that ends in exit() never gets there).
+    if (QCoreApplication *application = QCoreApplication::instance())
+        connect(application, &QCoreApplication::aboutToQuit, this, &LogStore::flush);
+
     // Only a byte array is our stored form; anything else under the key is treated as no log.
     // Loading keeps what it finds, even beyond 500 entries, and writes nothing back: the next
     // log() call trims and rewrites.
     const QVariant stored = defaultsStore().value(persistKey);
     if (stored.typeId() == QMetaType::QByteArray)
         m_entries = decode(stored.toByteArray());
+}
+
+LogStore::~LogStore()
+{
+    flush();
 }
 
 LogStore *LogStore::shared()
@@ -93,7 +106,10 @@ void LogStore::log(LogLevel level, const QString &message)
         LogEntry{QUuid::createUuid(), QDateTime::currentDateTimeUtc(), level, message});
     if (m_entries.size() > maxEntries)
         m_entries.remove(0, m_entries.size() - maxEntries);
-    persist();
+    m_unwritten = true;
+    // The first line after a write starts the clock; later ones ride along.
+    if (!m_writeTimer.isActive())
+        m_writeTimer.start();
     emit entriesChanged();
 }
 
@@ -110,6 +126,8 @@ void LogStore::clear()
 {
     const bool hadEntries = !m_entries.isEmpty();
     m_entries.clear();
+    m_unwritten = false;
+    m_writeTimer.stop();
     QSettings &store = defaultsStore();
     store.remove(persistKey);
     store.sync();
@@ -166,9 +184,12 @@ QList<LogEntry> LogStore::decode(const QByteArray &stored)
     return entries;
 }
 
-void LogStore::persist()
+void LogStore::flush()
 {
-    // Written through at once, so that a crash right after a line still leaves it on disk.
+    if (!m_unwritten)
+        return;
+    m_unwritten = false;
+    m_writeTimer.stop();
     // Serialising cannot fail here: every member is a string.
     QSettings &store = defaultsStore();
     store.setValue(persistKey, encode(m_entries));

@@ -6,8 +6,10 @@
 #include <QList>
 #include <QObject>
 #include <QString>
+#include <QTimer>
 #include <QUuid>
 #include <QtQml/qqmlregistration.h>
+#include <chrono>
 
 QT_BEGIN_NAMESPACE
 class QQmlEngine;
@@ -49,6 +51,12 @@ QString logLevelLabel(LogLevel level);
 /// the defaults store so that a user can read and share them after a restart, without any
 /// developer tooling. Main thread only.
 ///
+/// A line is in the log the moment log() returns; the disk follows lazily, like a defaults store
+/// that lives in memory: the lines of a second are written together, a second after the first of
+/// them (writeDelay), and at once on clear(), flush(), when the application quits and when the
+/// log is destroyed. An inbox load writes hundreds of lines; rewriting the whole file for each
+/// one cost more than the load. A crash loses at most the last second.
+///
 /// Stored form, under persistKey: a byte array holding a UTF-8 JSON array, oldest first, of
 /// {"t": "2024-05-01T10:20:30Z", "l": "INFO" | "WARN" | "ERROR", "m": message}. Ids are not
 /// stored (a loaded entry gets a new one) and timestamps keep whole seconds only.
@@ -66,10 +74,14 @@ public:
 
     static constexpr qsizetype maxEntries = 500;
     static constexpr QLatin1StringView persistKey{"kestrine.log.entries"};
+    /// How long a line waits, at most, before it is on disk.
+    static constexpr std::chrono::milliseconds writeDelay{1000};
 
     /// A log over what the defaults store holds now. The app uses shared(); separate instances
     /// are for reading the stored log afresh.
     explicit LogStore(QObject *parent = nullptr);
+    /// Writes what is still waiting.
+    ~LogStore() override;
 
     /// The process-wide log, created (and loaded) on first use; owned by the application object
     /// when there is one.
@@ -77,9 +89,13 @@ public:
     /// The QML singleton is the shared log; C++ keeps ownership.
     static LogStore *create(QQmlEngine *qmlEngine, QJSEngine *jsEngine);
 
-    /// Appends a line stamped now, drops the oldest beyond 500 and writes the whole log to disk
-    /// before returning.
+    /// Appends a line stamped now and drops the oldest beyond 500; the disk follows within
+    /// writeDelay.
     void log(LogLevel level, const QString &message) override;
+    /// Writes the log to disk now when lines are waiting.
+    void flush();
+    /// True while lines are waiting to be written.
+    bool hasUnwrittenLines() const { return m_unwritten; }
 
     /// Oldest first.
     QList<LogEntry> entries() const { return m_entries; }
@@ -102,9 +118,9 @@ signals:
     void entriesChanged();
 
 private:
-    void persist();
-
     QList<LogEntry> m_entries;
+    QTimer m_writeTimer;
+    bool m_unwritten = false;
 };
 
 } // namespace kestrine

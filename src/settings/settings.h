@@ -6,3 +6,4 @@
 #include "logstore.h"
 #include "settingsstore.h"
 #include "storagemode.h"
+#include "terminationsignal.h"

@@ -262,6 +262,28 @@ private slots:
         QVERIFY(result.out.isEmpty());
     }
 
+    void stoppedBySigtermItStillWritesTheLinesItLogged()
+    {
+        // systemd stops the background check's service with SIGTERM; the log's last second is
+        // written before the process ends.
+        login(SeededGitea::annToken);
+        gitea->server().route("GET", QStringLiteral("/api/v1/repos/{owner}/{repo}/pulls"),
+                              FakeResponse::never());
+        QProcess process;
+        cli->start(process, {QStringLiteral("inbox")});
+        QTRY_VERIFY_WITH_TIMEOUT(
+            !gitea->server()
+                 .requests("GET", QStringLiteral("/api/v1/repos/ann/tool/pulls"))
+                 .isEmpty(),
+            10000);
+        // The repository list's line was logged a moment ago, well within the write delay.
+        process.terminate();
+        const CliResult result = CliRunner::finish(process);
+        QCOMPARE(result.exitCode, 128 + 15);
+        QVERIFY2(cli->storedLogLines().contains(QStringLiteral("INFO GET user/repos \u2192 200")),
+                 qPrintable(cli->storedLogLines().join(u'\n')));
+    }
+
     void anUnreachableServerFailsAtOnce()
     {
         // Nothing listens on a port that was free a moment ago.

@@ -144,7 +144,9 @@ private slots:
 
         QCOMPARE(readFile(userDefaultsPath()), savedDefaults);
         QCOMPARE(readFile(userCachePath()), savedInbox);
-        // The log is kept where the settings are, so a new log of this process reads it back.
+        // The log is kept where the settings are, so a new log of this process reads it back
+        // once it is written.
+        LogStore::shared()->flush();
         QCOMPARE(LogStore().count(), 1);
     }
 

@@ -103,6 +103,8 @@ struct Stored
 
 Stored stored()
 {
+    // What a normal exit would leave.
+    LogStore::shared()->flush();
     defaultsStore().sync();
     return {LogStore::decode(defaultsStore().value(LogStore::persistKey).toByteArray()),
             readFile(InboxCache().filePath()), readFile(NotificationState::defaultFilePath())};

@@ -35,7 +35,8 @@ private slots:
         QCOMPARE(entries[1].message,
                  QStringLiteral("GET repos/ann/tool/pulls \u2192 404 not found"));
 
-        // What a restart would load: the stored copy already holds both lines.
+        // What a restart after a normal exit would load: the stored copy holds both lines.
+        LogStore::shared()->flush();
         const LogStore reloaded;
         QCOMPARE(reloaded.count(), 2);
         QVERIFY(reloaded.text().endsWith(

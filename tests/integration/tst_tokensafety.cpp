@@ -264,7 +264,9 @@ private slots:
             QVERIFY2(!holdsToken(text.toUtf8()), qPrintable(text));
         QVERIFY(!center.posts.isEmpty());
 
-        // Nor any file under the test's home and XDG folders, but the keychain's own.
+        // Nor any file under the test's home and XDG folders, but the keychain's own, once the
+        // log's last lines are written as at exit.
+        LogStore::shared()->flush();
         defaultsStore().sync();
         QStringList searched;
         QStringList holding;

@@ -135,11 +135,14 @@ QVariant TestGitea::keychainValue(const QString &key) const
 
 int TestGitea::storedLogCount() const
 {
+    // As after a normal exit, which writes the log's last lines.
+    LogStore::shared()->flush();
     return LogStore().count();
 }
 
 bool TestGitea::hasStoredLog() const
 {
+    LogStore::shared()->flush();
     return defaultsStore().contains(QString(LogStore::persistKey));
 }
 
