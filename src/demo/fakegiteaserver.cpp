@@ -145,6 +145,8 @@ public:
         : QTcpServer(parent)
     {}
 
+    int connectionCount() const { return m_connections; }
+
     /// The oldest request read on `socket` that the HTTP server has not handled yet.
     std::optional<RecordedRequest> takeNext(QTcpSocket *socket)
     {
@@ -162,6 +164,7 @@ protected:
             delete socket;
             return;
         }
+        ++m_connections;
         // Connected before the HTTP server connects its own reader, so this runs first and
         // still sees the bytes.
         connect(socket, &QTcpSocket::readyRead, this, [this, socket] {
@@ -179,6 +182,7 @@ protected:
 private:
     QHash<QTcpSocket *, RequestStreamParser> m_parsers;
     QHash<QTcpSocket *, QQueue<RecordedRequest>> m_pending;
+    int m_connections = 0;
 };
 
 QByteArray RecordedRequest::header(QByteArrayView name) const
@@ -365,19 +369,24 @@ void FakeGiteaServer::missingHandler(const QHttpServerRequest &, QTcpSocket *soc
     respond(socket, FakeResponse::json(R"({"message":"not found"})", 404));
 }
 
+int FakeGiteaServer::connectionCount() const
+{
+    return m_recorder->connectionCount();
+}
+
 void FakeGiteaServer::respond(QTcpSocket *socket, const FakeResponse &response)
 {
     if (response.delivery == FakeResponse::Delivery::Never)
         return;
-    if (response.delay.count() <= 0) {
+    const std::chrono::milliseconds delay = std::max(response.delay, m_answerDelay);
+    if (delay.count() <= 0) {
         deliver(socket, response);
         return;
     }
-    QTimer::singleShot(response.delay, this,
-                       [this, socket = QPointer<QTcpSocket>(socket), response] {
-                           if (socket)
-                               deliver(socket, response);
-                       });
+    QTimer::singleShot(delay, this, [this, socket = QPointer<QTcpSocket>(socket), response] {
+        if (socket)
+            deliver(socket, response);
+    });
 }
 
 namespace {

@@ -107,6 +107,11 @@ public:
     void route(QByteArray method, const QString &pattern, Handler handler);
     void clearRoutes();
 
+    /// Every answer waits at least this long before it leaves, as over a slow network.
+    void setAnswerDelay(std::chrono::milliseconds delay) { m_answerDelay = delay; }
+    /// How many connections the server accepted so far.
+    int connectionCount() const;
+
     const QList<RecordedRequest> &requests() const { return m_requests; }
     /// The requests with this method and decoded path, in arrival order.
     QList<RecordedRequest> requests(QByteArrayView method, const QString &path) const;
@@ -136,6 +141,7 @@ private:
     RawRecorder *m_recorder;
     QList<Route> m_routes;
     QList<RecordedRequest> m_requests;
+    std::chrono::milliseconds m_answerDelay{0};
 };
 
 /// The wire form of an answer: status line, headers, blank line, body; `raw` when it is set.
