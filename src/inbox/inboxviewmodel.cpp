@@ -105,6 +105,9 @@ QCoro::Task<> InboxViewModel::load()
     const QPointer<InboxViewModel> self(this);
     const GiteaClient client = configuredClient->cancelledWith(this);
 
+    // The first repository page is on its way (a task runs until it first waits) while the
+    // cache, megabytes for a large instance, is read and shown.
+    QCoro::Task<QList<Repository>> firstRequest = client.repos();
     if (m_displayedRows.isEmpty()) {
         if (auto cached = m_cache.read(); cached && !cached->isEmpty())
             setDisplayedRows(std::move(*cached));
@@ -115,7 +118,7 @@ QCoro::Task<> InboxViewModel::load()
     QList<Repository> repositories;
     std::exception_ptr reposFailure;
     try {
-        repositories = co_await client.repos();
+        repositories = co_await std::move(firstRequest);
     } catch (...) {
         reposFailure = std::current_exception();
     }
@@ -172,7 +175,6 @@ QCoro::Task<> InboxViewModel::load()
     });
 
     setDisplayedRows(combined);
-    m_cache.write(combined);
 
     if (combined.isEmpty() && !failures.isEmpty()) {
         setErrorMessage(QStringLiteral("Couldn't load any PRs (%1 repo(s) failed). Check the Logs "
@@ -183,6 +185,9 @@ QCoro::Task<> InboxViewModel::load()
         if (NotificationPass *pass = NotificationPass::installed())
             runNotificationPass(pass);
     }
+    // Written once the rows are shown and the notification pass has sent its first request, so
+    // that neither waits for the file.
+    m_cache.write(combined);
     setLoading(false);
 }
 
