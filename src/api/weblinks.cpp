@@ -148,6 +148,13 @@ bool readParameters(Scanner &scanner, WebLink &link)
     }
 }
 
+bool readsBackAsItself(const QUrl &target, const QUrl &base)
+{
+    const QByteArray written = target.toEncoded();
+    const QUrl reread = base.resolved(QUrl(QString::fromLatin1(written), QUrl::StrictMode));
+    return reread.isValid() && reread.toEncoded() == written;
+}
+
 } // namespace
 
 QList<WebLink> parseLinkHeader(QByteArrayView value, const QUrl &base)
@@ -176,8 +183,9 @@ QList<WebLink> parseLinkHeader(QByteArrayView value, const QUrl &base)
         }
         link.target = base.resolved(target);
         // Checked after resolving too: a reference can be valid on its own and yet resolve into
-        // an address QUrl refuses.
-        if (!target.isValid() || !link.target.isValid())
+        // an address QUrl refuses, or into one that does not read back as itself (odd dot
+        // segments after a scheme, "https:.///host"). Such a link names no page we could ask for.
+        if (!target.isValid() || !link.target.isValid() || !readsBackAsItself(link.target, base))
             continue;
         links.append(std::move(link));
     }
