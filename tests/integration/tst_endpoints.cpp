@@ -180,8 +180,8 @@ private slots:
             decoded = runToEnd(client().currentUser()).value->login == u"ann";
         } else if (tag == u"reviews") {
             server->route("GET", path, FakeResponse::json(R"([{"id":1,"state":"APPROVED"}])"));
-            decoded =
-                runToEnd(client().reviews(owner, repo, 7)).value->items.first().state == u"APPROVED";
+            decoded = runToEnd(client().reviews(owner, repo, 7)).value->items.first().state ==
+                      u"APPROVED";
         } else if (tag == u"comments") {
             server->route("GET", path, FakeResponse::json(R"([{"id":2,"body":"hi"}])"));
             decoded = runToEnd(client().comments(owner, repo, 7)).value->first().body == u"hi";
@@ -190,11 +190,13 @@ private slots:
                 "GET", path,
                 FakeResponse::json(
                     R"([{"filename":"a.go","status":"changed","additions":1,"deletions":2,"changes":3}])"));
-            decoded = runToEnd(client().changedFiles(owner, repo, 7)).value->items.first().deletions == 2;
+            decoded =
+                runToEnd(client().changedFiles(owner, repo, 7)).value->items.first().deletions == 2;
         } else if (tag == u"commits") {
             server->route("GET", path,
                           FakeResponse::json(R"([{"sha":"abc","commit":{"message":"m"}}])"));
-            decoded = runToEnd(client().commits(owner, repo, 7)).value->items.first().id() == u"abc";
+            decoded =
+                runToEnd(client().commits(owner, repo, 7)).value->items.first().id() == u"abc";
         } else if (tag == u"jobs") {
             server->route(
                 "GET", path,
@@ -249,12 +251,12 @@ private slots:
     {
         server->route("GET", QStringLiteral("/api/v1/repos/a/b/actions/runs/1/jobs"),
                       FakeResponse::json("{}"));
-        QVERIFY(
-            runToEnd(client().jobs(QStringLiteral("a"), QStringLiteral("b"), 1)).value->items.isEmpty());
+        QVERIFY(runToEnd(client().jobs(QStringLiteral("a"), QStringLiteral("b"), 1))
+                    .value->items.isEmpty());
         server->route("GET", QStringLiteral("/api/v1/repos/a/b/actions/runs/1/jobs"),
                       FakeResponse::json(R"({"jobs":null})"));
-        QVERIFY(
-            runToEnd(client().jobs(QStringLiteral("a"), QStringLiteral("b"), 1)).value->items.isEmpty());
+        QVERIFY(runToEnd(client().jobs(QStringLiteral("a"), QStringLiteral("b"), 1))
+                    .value->items.isEmpty());
     }
 
     void envelopeThatIsAListFailsToDecode()
