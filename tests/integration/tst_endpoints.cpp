@@ -5,6 +5,7 @@
 #include "fakegiteaserver.h"
 #include "fixtures.h"
 #include "outcome.h"
+#include "recordinglog.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -12,16 +13,10 @@
 #include <QtTest>
 
 using namespace kestrine;
+using kestrine::testing::RecordingLog;
 using kestrine::testing::runToEnd;
 
 namespace {
-
-class RecordingLog : public LogSink
-{
-public:
-    void log(LogLevel, const QString &message) override { lines.append(message); }
-    QStringList lines;
-};
 
 QByteArray repositoryPage(int first, int count)
 {

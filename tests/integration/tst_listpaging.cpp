@@ -6,6 +6,8 @@
 #include "fakegiteaserver.h"
 #include "giteasimulation.h"
 #include "outcome.h"
+#include "pagedanswer.h"
+#include "recordinglog.h"
 #include "strangerhost.h"
 
 #include <QJsonArray>
@@ -15,17 +17,13 @@
 #include <QtTest>
 
 using namespace kestrine;
+using kestrine::testing::numberedFiles;
+using kestrine::testing::pagedAnswer;
+using kestrine::testing::RecordingLog;
 using kestrine::testing::runToEnd;
 using kestrine::testing::StrangerHost;
 
 namespace {
-
-class RecordingLog : public LogSink
-{
-public:
-    void log(LogLevel, const QString &message) override { lines.append(message); }
-    QStringList lines;
-};
 
 const QString headSha = QStringLiteral("0123456789abcdef0123456789abcdef01234567");
 const QString pullPath = QStringLiteral("/api/v1/repos/ann/tool/pulls/7");
@@ -75,15 +73,6 @@ QByteArray seedWith(int count)
     return QJsonDocument(seed).toJson(QJsonDocument::Compact);
 }
 
-QJsonArray numbered(int first, int count)
-{
-    QJsonArray items;
-    for (int i = first; i < first + count; ++i)
-        items.append(QJsonObject{
-            {"filename", QStringLiteral("f%1").arg(i)}, {"additions", i}, {"deletions", 0}});
-    return items;
-}
-
 void addHeader(FakeResponse &response, const QByteArray &name, const QByteArray &value)
 {
     response.headers.append({name, value});
@@ -116,10 +105,10 @@ private:
     std::unique_ptr<GiteaSimulation> simulation;
     RecordingLog log;
 
-    GiteaClient client() const
+    GiteaClient client()
     {
         return GiteaClient(server->baseUrl(), QStringLiteral("t"), GiteaClient::sharedSession(),
-                           const_cast<RecordingLog *>(&log));
+                           &log);
     }
 
     /// Serves the seed of `count` items of each list; false (with the reason printed) when the
@@ -135,20 +124,13 @@ private:
         return true;
     }
 
-    /// Serves `total` files at `path` `pageSize` a page, each page naming the next with `link`.
+    /// Serves `total` files `pageSize` a page, each page naming the next with `link`.
     void serveFilesLinkedBy(int total, int pageSize, std::function<QByteArray(int page)> link)
     {
-        server->route("GET", pullPath + QStringLiteral("/files"),
-                      [=](const RecordedRequest &request, const RouteParams &) {
-                          const int page = pageOf(request);
-                          const int first = (page - 1) * pageSize + 1;
-                          const int count = std::max(0, std::min(pageSize, total - first + 1));
-                          FakeResponse response = FakeResponse::json(
-                              QJsonDocument(numbered(first, count)).toJson(QJsonDocument::Compact));
-                          if (first + count <= total)
-                              addHeader(response, "Link", link(page + 1));
-                          return response;
-                      });
+        server->route(
+            "GET", pullPath + QStringLiteral("/files"),
+            pagedAnswer(numberedFiles(total), pageSize,
+                        [link](const RecordedRequest &, int nextPage) { return link(nextPage); }));
     }
 
 private slots:
@@ -271,16 +253,9 @@ private slots:
 
     void aFailureOnPageTwoFailsTheWholeList()
     {
+        // Links relative to the server, as the path alone.
         server->route("GET", pullPath + QStringLiteral("/files"),
-                      [](const RecordedRequest &request, const RouteParams &) {
-                          if (pageOf(request) == 2)
-                              return FakeResponse::json(R"({"message":"boom"})", 500);
-                          FakeResponse response = FakeResponse::json(
-                              QJsonDocument(numbered(1, 30)).toJson(QJsonDocument::Compact));
-                          addHeader(response, "Link",
-                                    "</api/v1/repos/ann/tool/pulls/7/files?page=2>; rel=\"next\"");
-                          return response;
-                      });
+                      pagedAnswer(numberedFiles(75), 30, QByteArray(), 2));
         const auto files = runToEnd(client().changedFiles("ann", "tool", 7));
         const auto error = files.errorAs<APIError>();
         QVERIFY(error);
@@ -341,7 +316,7 @@ private slots:
                       [](const RecordedRequest &request, const RouteParams &) {
                           const int page = pageOf(request);
                           FakeResponse response = FakeResponse::json(
-                              QJsonDocument(numbered(page, 1)).toJson(QJsonDocument::Compact));
+                              QJsonDocument(numberedFiles(1, page)).toJson(QJsonDocument::Compact));
                           addHeader(response, "Link",
                                     "<?page=" + QByteArray::number(page + 1) + ">; rel=\"next\"");
                           addHeader(response, "X-Total-Count", "1000000");
@@ -361,7 +336,7 @@ private slots:
         server->route("GET", pullPath + QStringLiteral("/files"),
                       [](const RecordedRequest &, const RouteParams &) {
                           FakeResponse response = FakeResponse::json(
-                              QJsonDocument(numbered(1, 30)).toJson(QJsonDocument::Compact));
+                              QJsonDocument(numberedFiles(30, 1)).toJson(QJsonDocument::Compact));
                           addHeader(response, "Link", "<?page=1>; rel=\"first\"");
                           addHeader(response, "X-Total-Count", "75");
                           return response;
@@ -403,7 +378,7 @@ private slots:
             [](const RecordedRequest &request, const RouteParams &) {
                 const int page = pageOf(request);
                 FakeResponse response = FakeResponse::json(
-                    QJsonDocument(numbered(page * 10, 10)).toJson(QJsonDocument::Compact));
+                    QJsonDocument(numberedFiles(10, page * 10)).toJson(QJsonDocument::Compact));
                 if (page == 1) {
                     addHeader(response, "Link", "<?page=1>; rel=\"first\"");
                     addHeader(response, "Link", "<?page=2>; rel=\"next\"");
