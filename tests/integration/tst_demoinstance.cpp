@@ -4,6 +4,8 @@
 #include "demoinstance.h"
 #include "giteaclient.h"
 #include "outcome.h"
+#include "rawanswer.h"
+#include "weblinks.h"
 
 #include <QCoroNetworkReply>
 #include <QJsonArray>
@@ -11,7 +13,6 @@
 #include <QJsonObject>
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
-#include <QRegularExpression>
 #include <QtTest>
 
 using namespace kestrine;
@@ -43,21 +44,7 @@ QList<QDateTime> timesOf(const QByteArray &seed)
     return times;
 }
 
-struct Answer
-{
-    int status = 0;
-    QByteArray body;
-    QList<QNetworkReply::RawHeaderPair> headers;
-
-    QByteArray header(const QByteArray &name) const
-    {
-        for (const auto &[key, value] : headers) {
-            if (key.compare(name, Qt::CaseInsensitive) == 0)
-                return value;
-        }
-        return {};
-    }
-};
+using Answer = kestrine::testing::RawAnswer;
 
 /// A raw request to the demo instance as its user, `pathAndQuery` below its address.
 Answer get(const DemoInstance &demo, const QString &pathAndQuery)
@@ -67,15 +54,15 @@ Answer get(const DemoInstance &demo, const QString &pathAndQuery)
     request.setRawHeader("Authorization", "token " + demo.token().toUtf8());
     std::unique_ptr<QNetworkReply> reply(session.get(request));
     QCoro::waitFor(qCoro(reply.get()).waitForFinished());
-    return {reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt(), reply->readAll(),
-            reply->rawHeaderPairs()};
+    return Answer::of(*reply);
 }
 
 /// The target of the `rel` link in a "Link" header; empty when there is none.
 QString linkTo(const QByteArray &header, const char *rel)
 {
-    const QRegularExpression link(QStringLiteral("<([^>]*)>; rel=\"%1\"").arg(QLatin1String(rel)));
-    return link.match(QString::fromUtf8(header)).captured(1);
+    const std::optional<QUrl> target =
+        linkTarget(parseLinkHeader(header, QUrl()), QString::fromLatin1(rel));
+    return target ? target->toString(QUrl::FullyEncoded) : QString();
 }
 
 } // namespace

@@ -5,6 +5,7 @@
 #include "fakegiteaserver.h"
 #include "fixtures.h"
 #include "giteasimulation.h"
+#include "rawanswer.h"
 
 #include <QCoroNetworkReply>
 #include <QJsonArray>
@@ -32,30 +33,7 @@ const QByteArray manualMergeBody = "{\"Do\":\"manually-merged\"}";
 
 const QString toolHead = QStringLiteral("9a8b7c6d5e4f30211223344556677889900aabbc");
 
-struct Answer
-{
-    int status = 0;
-    QByteArray body;
-    QList<QNetworkReply::RawHeaderPair> headers;
-
-    QByteArray header(const QByteArray &name) const
-    {
-        for (const auto &[key, value] : headers) {
-            if (key.compare(name, Qt::CaseInsensitive) == 0)
-                return value;
-        }
-        return {};
-    }
-    bool hasHeader(const QByteArray &name) const
-    {
-        return std::any_of(headers.begin(), headers.end(), [&name](const auto &header) {
-            return header.first.compare(name, Qt::CaseInsensitive) == 0;
-        });
-    }
-    QJsonObject object() const { return QJsonDocument::fromJson(body).object(); }
-    QJsonArray array() const { return QJsonDocument::fromJson(body).array(); }
-    QString message() const { return object().value(QStringLiteral("message")).toString(); }
-};
+using Answer = kestrine::testing::RawAnswer;
 
 QList<int> numbersOf(const QJsonArray &pulls)
 {
@@ -217,8 +195,7 @@ private:
                                                  ? nam.sendCustomRequest(request, method)
                                                  : nam.sendCustomRequest(request, method, body));
         QCoro::waitFor(qCoro(reply.get()).waitForFinished());
-        return {reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt(),
-                reply->readAll(), reply->rawHeaderPairs()};
+        return Answer::of(*reply);
     }
 
     Answer get(const QString &path, const QByteArray &token = annToken)
