@@ -53,9 +53,23 @@ QByteArray goJson(const QJsonValue &value)
     QByteArray json = value.isArray()
                           ? QJsonDocument(value.toArray()).toJson(QJsonDocument::Compact)
                           : QJsonDocument(value.toObject()).toJson(QJsonDocument::Compact);
-    // These characters only occur inside strings, where Go writes them as escapes.
-    json.replace("<", "\\u003c").replace(">", "\\u003e").replace("&", "\\u0026");
-    return json;
+    // These characters only occur inside strings, where Go writes them as escapes. One pass, and
+    // none at all when they do not occur: a large list is mostly free of them.
+    const auto needsEscape = [](char c) {
+        return c == '<' || c == '>' || c == '&';
+    };
+    if (std::none_of(json.cbegin(), json.cend(), needsEscape))
+        return json;
+    QByteArray escaped;
+    escaped.reserve(json.size() + 64);
+    for (const char c : std::as_const(json)) {
+        if (!needsEscape(c)) {
+            escaped += c;
+            continue;
+        }
+        escaped += c == '<' ? "\\u003c" : c == '>' ? "\\u003e" : "\\u0026";
+    }
+    return escaped;
 }
 
 QByteArray errorBody(const QString &message, const QString &swaggerUrl)
@@ -114,6 +128,8 @@ QJsonValue Renderer::user(qint64 id) const
 
 QJsonObject Renderer::user(const User &user) const
 {
+    if (const auto known = m_users.constFind(user.id); known != m_users.cend())
+        return *known;
     // What Gitea shows of a person depends on who asks: the person and site admins see the
     // private details, signed-in users the e-mail address unless it is kept private.
     const bool signedIn = m_viewer != nullptr;
@@ -121,38 +137,40 @@ QJsonObject Renderer::user(const User &user) const
     const QString placeholderEmail = user.login.toLower() + QStringLiteral("@noreply.") + host();
     const QByteArray emailHash =
         QCryptographicHash::hash(user.email.toLower().toUtf8(), QCryptographicHash::Md5).toHex();
-    return {
-        {QStringLiteral("id"), user.id},
-        {QStringLiteral("login"), user.login},
-        {QStringLiteral("login_name"), QString()},
-        {QStringLiteral("source_id"), 0},
-        {QStringLiteral("full_name"), user.fullName},
-        {QStringLiteral("email"),
-         signedIn && (!user.keepEmailPrivate || authed) ? user.email : placeholderEmail},
-        {QStringLiteral("avatar_url"),
-         m_rootUrl + QStringLiteral("avatars/") + QString::fromLatin1(emailHash)},
-        {QStringLiteral("html_url"), m_rootUrl + user.login},
-        {QStringLiteral("language"), authed ? user.language : QString()},
-        {QStringLiteral("is_admin"), authed && user.isAdmin},
-        {QStringLiteral("last_login"), authed ? stampTime(user.lastLogin) : goTime({})},
-        {QStringLiteral("created"), stampTime(user.created)},
-        {QStringLiteral("restricted"), false},
-        {QStringLiteral("active"), authed},
-        {QStringLiteral("prohibit_login"), false},
-        {QStringLiteral("location"), user.location},
-        {QStringLiteral("website"), user.website},
-        {QStringLiteral("description"), user.description},
-        {QStringLiteral("visibility"), QStringLiteral("public")},
-        {QStringLiteral("followers_count"), user.followers},
-        {QStringLiteral("following_count"), user.following},
-        {QStringLiteral("starred_repos_count"), user.starredRepos},
-        {QStringLiteral("username"), user.login},
-    };
+    return m_users[user.id] = QJsonObject{
+               {QStringLiteral("id"), user.id},
+               {QStringLiteral("login"), user.login},
+               {QStringLiteral("login_name"), QString()},
+               {QStringLiteral("source_id"), 0},
+               {QStringLiteral("full_name"), user.fullName},
+               {QStringLiteral("email"),
+                signedIn && (!user.keepEmailPrivate || authed) ? user.email : placeholderEmail},
+               {QStringLiteral("avatar_url"),
+                m_rootUrl + QStringLiteral("avatars/") + QString::fromLatin1(emailHash)},
+               {QStringLiteral("html_url"), m_rootUrl + user.login},
+               {QStringLiteral("language"), authed ? user.language : QString()},
+               {QStringLiteral("is_admin"), authed && user.isAdmin},
+               {QStringLiteral("last_login"), authed ? stampTime(user.lastLogin) : goTime({})},
+               {QStringLiteral("created"), stampTime(user.created)},
+               {QStringLiteral("restricted"), false},
+               {QStringLiteral("active"), authed},
+               {QStringLiteral("prohibit_login"), false},
+               {QStringLiteral("location"), user.location},
+               {QStringLiteral("website"), user.website},
+               {QStringLiteral("description"), user.description},
+               {QStringLiteral("visibility"), QStringLiteral("public")},
+               {QStringLiteral("followers_count"), user.followers},
+               {QStringLiteral("following_count"), user.following},
+               {QStringLiteral("starred_repos_count"), user.starredRepos},
+               {QStringLiteral("username"), user.login},
+           };
 }
 
 QJsonObject Renderer::repository(const Repository &repo) const
 {
-    return repository(repo, m_state.access(repo, m_viewer));
+    if (const auto known = m_repositories.constFind(repo.id); known != m_repositories.cend())
+        return *known;
+    return m_repositories[repo.id] = repository(repo, m_state.access(repo, m_viewer));
 }
 
 QJsonObject Renderer::repository(const Repository &repo, Access access) const

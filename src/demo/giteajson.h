@@ -6,6 +6,7 @@
 #include "giteastate.h"
 
 #include <QByteArray>
+#include <QHash>
 #include <QJsonObject>
 #include <QJsonValue>
 #include <QString>
@@ -14,6 +15,10 @@ namespace kestrine::sim {
 
 /// Builds the JSON objects of one answer. `rootUrl` is the instance's ROOT_URL with its trailing
 /// slash ("http://127.0.0.1:4000/gitea/"); `viewer` is the authenticated user or null.
+///
+/// A renderer lives for one answer, which is rendered after any change the request makes, so it
+/// builds each user and repository once: a list of pull requests names the same few dozens of
+/// times (poster, base and head repository).
 class Renderer
 {
 public:
@@ -50,6 +55,8 @@ private:
     const State &m_state;
     QString m_rootUrl;
     const User *m_viewer;
+    mutable QHash<qint64, QJsonObject> m_users;
+    mutable QHash<qint64, QJsonObject> m_repositories;
 };
 
 /// "2024-05-01T10:20:30Z", or Go's zero time "0001-01-01T00:00:00Z" for an invalid time.
