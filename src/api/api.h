@@ -5,6 +5,7 @@
 #include "apierror.h"
 #include "dates.h"
 #include "giteaclient.h"
+#include "httpsession.h"
 #include "jsoncodec.h"
 #include "logsink.h"
 #include "records.h"

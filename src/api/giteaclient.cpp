@@ -4,7 +4,7 @@
 
 namespace kestrine {
 
-GiteaClient::GiteaClient(QUrl instanceURL, QString token, QNetworkAccessManager *session,
+GiteaClient::GiteaClient(QUrl instanceURL, QString token, HttpSession *session,
                          LogSink *log, std::chrono::milliseconds timeout)
     : m_instanceURL(std::move(instanceURL))
     , m_token(std::move(token))
@@ -21,12 +21,12 @@ GiteaClient GiteaClient::cancelledWith(QObject *scope) const
     return copy;
 }
 
-QNetworkAccessManager *GiteaClient::sharedSession()
+HttpSession *GiteaClient::sharedSession()
 {
     // Owned by the application object, so it goes away before the event loop's end does.
-    static QPointer<QNetworkAccessManager> session;
+    static QPointer<HttpSession> session;
     if (!session)
-        session = new QNetworkAccessManager(QCoreApplication::instance());
+        session = new HttpSession(QCoreApplication::instance());
     return session;
 }
 

@@ -1,10 +1,10 @@
 #pragma once
 
+#include "httpsession.h"
 #include "logsink.h"
 #include "records.h"
 
 #include <QCoroTask>
-#include <QNetworkAccessManager>
 #include <QPointer>
 #include <QString>
 #include <QUrl>
@@ -48,12 +48,12 @@ public:
 
     /// `instanceURL` has no trailing "/". `log` may be null (then nothing is logged).
     /// `timeout` is there for tests that must not wait half a minute for a silent server.
-    GiteaClient(QUrl instanceURL, QString token, QNetworkAccessManager *session, LogSink *log,
+    GiteaClient(QUrl instanceURL, QString token, HttpSession *session, LogSink *log,
                 std::chrono::milliseconds timeout = defaultTimeout);
 
     const QUrl &instanceURL() const { return m_instanceURL; }
     const QString &token() const { return m_token; }
-    QNetworkAccessManager *session() const { return m_session; }
+    HttpSession *session() const { return m_session; }
     LogSink *log() const { return m_log; }
     std::chrono::milliseconds timeout() const { return m_timeout; }
 
@@ -110,12 +110,12 @@ public:
     bool isCancelled() const { return m_hasCancellationScope && !m_cancellationScope; }
 
     /// The process-wide HTTP session of the main thread, created on first use.
-    static QNetworkAccessManager *sharedSession();
+    static HttpSession *sharedSession();
 
 private:
     QUrl m_instanceURL;
     QString m_token;
-    QPointer<QNetworkAccessManager> m_session;
+    QPointer<HttpSession> m_session;
     LogSink *m_log;
     std::chrono::milliseconds m_timeout;
     QPointer<QObject> m_cancellationScope;

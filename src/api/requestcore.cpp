@@ -45,18 +45,6 @@ bool isHttpStatusError(QNetworkReply::NetworkError error)
 
 constexpr const char *cancelledByScopeProperty = "kestrineCancelledByScope";
 
-/// GET goes through get() because only that serves every scheme the session knows; every other
-/// method is sent as it is, without a body unless one is given (so no Content-Type is invented).
-QNetworkReply *send(QNetworkAccessManager &session, const QNetworkRequest &request,
-                    const QByteArray &method, const std::optional<QByteArray> &body)
-{
-    if (method == "GET" && !body)
-        return session.get(request);
-    if (body)
-        return session.sendCustomRequest(request, method, *body);
-    return session.sendCustomRequest(request, method);
-}
-
 struct DeleteLater
 {
     void operator()(QObject *object) const { object->deleteLater(); }
@@ -161,13 +149,13 @@ QCoro::Task<Response> exchange(GiteaClient client, QString path, QByteArray meth
     if (client.isCancelled())
         throw TransportError(QNetworkReply::OperationCanceledError,
                              QStringLiteral("Operation canceled"));
-    QNetworkAccessManager *session = client.session();
+    HttpSession *session = client.session();
     if (!session)
         throw TransportError(QNetworkReply::UnknownNetworkError,
                              QStringLiteral("The HTTP session is gone."));
 
     const QNetworkRequest networkRequest = buildRequest(client, path, query, body.has_value());
-    std::unique_ptr<QNetworkReply, DeleteLater> reply(send(*session, networkRequest, method, body));
+    std::unique_ptr<QNetworkReply, DeleteLater> reply(session->send(networkRequest, method, body));
 
     // A reply stopped by its transfer timeout reports the same code as one we abort on purpose,
     // so the abort marks the reply to tell the two apart.

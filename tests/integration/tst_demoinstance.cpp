@@ -95,7 +95,7 @@ private slots:
         QVERIFY(!demo.url().path().endsWith(u'/'));
         QVERIFY(!demo.token().isEmpty());
 
-        QNetworkAccessManager session;
+        HttpSession session;
         const GiteaClient client(demo.url(), demo.token(), &session, nullptr);
         const auto user = runToEnd(client.currentUser());
         QVERIFY(user.value);
@@ -262,7 +262,7 @@ private slots:
     {
         DemoInstance demo;
         QVERIFY(demo.start());
-        QNetworkAccessManager session;
+        HttpSession session;
         const GiteaClient client(demo.url(), QStringLiteral("not-the-demo-token"), &session,
                                  nullptr);
         const auto user = runToEnd(client.currentUser());
