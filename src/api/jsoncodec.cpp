@@ -2,6 +2,7 @@
 
 #include <QJsonDocument>
 #include <QJsonParseError>
+#include <QLocale>
 #include <limits>
 
 namespace kestrine {
@@ -114,6 +115,65 @@ QJsonValue encodeDate(const QDateTime &value, DateEncoding dates)
         return QJsonValue(InternetDate::format(value));
     }
     return {};
+}
+
+void writeString(QByteArray &out, const QString &text)
+{
+    static constexpr char hex[] = "0123456789abcdef";
+    const auto escapeUnit = [&out](char16_t unit) {
+        out += "\\u";
+        for (int shift = 12; shift >= 0; shift -= 4)
+            out += hex[(unit >> shift) & 0xf];
+    };
+    out += '"';
+    // Runs without anything to escape are converted whole. Besides quotes, backslashes and
+    // control characters, a surrogate without its partner is escaped, as Qt's own writer does,
+    // so that it reads back as itself instead of as "?".
+    const qsizetype size = text.size();
+    qsizetype runStart = 0;
+    for (qsizetype i = 0; i < size; ++i) {
+        const char16_t unit = text.at(i).unicode();
+        if (QChar::isHighSurrogate(unit) && i + 1 < size && text.at(i + 1).isLowSurrogate()) {
+            ++i;
+            continue;
+        }
+        if (unit >= 0x20 && unit != u'"' && unit != u'\\' && !QChar::isSurrogate(unit))
+            continue;
+        out += QStringView(text).sliced(runStart, i - runStart).toUtf8();
+        runStart = i + 1;
+        switch (unit) {
+        case u'"':
+            out += "\\\"";
+            break;
+        case u'\\':
+            out += "\\\\";
+            break;
+        case u'\n':
+            out += "\\n";
+            break;
+        case u'\t':
+            out += "\\t";
+            break;
+        case u'\r':
+            out += "\\r";
+            break;
+        default:
+            escapeUnit(unit);
+        }
+    }
+    out += QStringView(text).sliced(runStart).toUtf8();
+    out += '"';
+}
+
+void writeDate(QByteArray &out, const QDateTime &value, DateEncoding dates)
+{
+    const QJsonValue encoded = encodeDate(value, dates);
+    if (encoded.isString()) {
+        writeString(out, encoded.toString());
+        return;
+    }
+    // Shortest form that reads back as the same number.
+    out += QByteArray::number(encoded.toDouble(), 'g', QLocale::FloatingPointShortest);
 }
 
 QJsonValue parseDocument(const QByteArray &bytes)

@@ -220,6 +220,74 @@ QJsonValue encodeValue(const T &value, DateEncoding dates)
     }
 }
 
+// The same encoding written straight into JSON text, without building the JSON objects first:
+// for the large files the app writes. Keys are plain ASCII names and are written as they are.
+
+void writeString(QByteArray &out, const QString &text);
+void writeDate(QByteArray &out, const QDateTime &value, DateEncoding dates);
+
+template <class T>
+void writeValue(QByteArray &out, const T &value, DateEncoding dates);
+
+template <JsonRecord T>
+void writeRecord(QByteArray &out, const T &record, DateEncoding dates)
+{
+    out += '{';
+    bool first = true;
+    const auto writeMember = [&](const char *key, const auto &value) {
+        if (!first)
+            out += ',';
+        first = false;
+        out += '"';
+        out += key;
+        out += "\":";
+        writeValue(out, value, dates);
+    };
+    std::apply(
+        [&](const auto &...fields) {
+            (
+                [&](const auto &f) {
+                    using Member = std::remove_cvref_t<decltype(record.*(f.member))>;
+                    const auto &member = record.*(f.member);
+                    if constexpr (OptionalTraits<Member>::value) {
+                        if (member)
+                            writeMember(f.key, *member);
+                    } else {
+                        writeMember(f.key, member);
+                    }
+                }(fields),
+                ...);
+        },
+        T::fields());
+    out += '}';
+}
+
+template <class T>
+void writeValue(QByteArray &out, const T &value, DateEncoding dates)
+{
+    if constexpr (std::is_same_v<T, bool>) {
+        out += value ? "true" : "false";
+    } else if constexpr (std::is_same_v<T, qint64>) {
+        out += QByteArray::number(value);
+    } else if constexpr (std::is_same_v<T, QString>) {
+        writeString(out, value);
+    } else if constexpr (std::is_same_v<T, QDateTime>) {
+        writeDate(out, value, dates);
+    } else if constexpr (ListTraits<T>::value) {
+        out += '[';
+        for (qsizetype i = 0; i < value.size(); ++i) {
+            if (i > 0)
+                out += ',';
+            writeValue(out, value.at(i), dates);
+        }
+        out += ']';
+    } else if constexpr (JsonRecord<T>) {
+        writeRecord(out, value, dates);
+    } else {
+        static_assert(sizeof(T) == 0, "no JSON mapping for this type");
+    }
+}
+
 QJsonValue parseDocument(const QByteArray &bytes);
 
 } // namespace jsondetail
@@ -245,6 +313,16 @@ template <class T>
 QJsonValue encodeJson(const T &value, DateEncoding dates = DateEncoding::SecondsSinceReferenceDate)
 {
     return jsondetail::encodeValue(value, dates);
+}
+
+/// The compact JSON text of encodeJson(value, dates), written directly: the same document at a
+/// fraction of the time and memory, for files of thousands of records.
+template <class T>
+QByteArray writeJson(const T &value, DateEncoding dates = DateEncoding::SecondsSinceReferenceDate)
+{
+    QByteArray out;
+    jsondetail::writeValue(out, value, dates);
+    return out;
 }
 
 /// A record or list as QML sees it: JavaScript objects and arrays with the JSON keys, absent fields

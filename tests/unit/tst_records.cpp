@@ -274,6 +274,53 @@ private slots:
         QVERIFY(!decodeFailure([&] { decodeJson<IssueComment>(encoded); }).isEmpty());
     }
 
+    void writtenJsonIsTheEncodedDocument_data()
+    {
+        QTest::addColumn<int>("dateEncoding");
+        QTest::newRow("seconds since 2001") << int(DateEncoding::SecondsSinceReferenceDate);
+        QTest::newRow("date texts") << int(DateEncoding::InternetDateTime);
+    }
+
+    void writtenJsonIsTheEncodedDocument()
+    {
+        QFETCH(int, dateEncoding);
+        const auto dates = DateEncoding(dateEncoding);
+        auto pulls = decodeJson<QList<PullRequest>>(fixtures::pullRequestList(4));
+        // Texts a stranger wrote: quotes, backslashes, every control character, "</script>",
+        // emoji, right-to-left text, surrogates without their partners and a NUL.
+        QString hostile =
+            QStringLiteral("\"quoted\" back\\slash </script> \U0001F600 \u05D0\u05D1 ");
+        for (char16_t c = 0; c < 0x20; ++c)
+            hostile += QChar(c);
+        hostile += QChar(0xD800);
+        hostile += QChar(0x7F);
+        hostile += QChar(0xDC00);
+        hostile += QChar(0xD800);
+        hostile += u'x';
+        pulls[0].title = hostile;
+        pulls[1].body = hostile;
+        pulls[1].user->fullName = QString();
+        pulls[2].body.reset();
+        pulls[2].updatedAt =
+            QDateTime::fromString(QStringLiteral("2001-01-01T00:01:40.125Z"), Qt::ISODateWithMs);
+        pulls[3].mergeable = false;
+
+        const QByteArray written = writeJson(pulls, dates);
+        QJsonParseError error;
+        const QJsonDocument document = QJsonDocument::fromJson(written, &error);
+        QCOMPARE(error.error, QJsonParseError::NoError);
+        QCOMPARE(QJsonValue(document.array()), encodeJson(pulls, dates));
+        if (dates == DateEncoding::InternetDateTime)
+            QCOMPARE(decodeJson<QList<PullRequest>>(written).at(1).body, pulls.at(1).body);
+    }
+
+    void writtenJsonOfNothingIsAnEmptyList()
+    {
+        QCOMPARE(writeJson(QList<PullRequest>()), QByteArray("[]"));
+        QCOMPARE(writeJson(PRUser{5, QStringLiteral("bo"), std::nullopt}),
+                 QByteArray(R"({"id":5,"login":"bo"})"));
+    }
+
     void qmlValueUsesTheJsonKeysAndDateTexts()
     {
         const auto pull =
