@@ -2,9 +2,12 @@
 
 #include "cachedirectory.h"
 
+#include <QCoroFuture>
 #include <QFile>
-#include <QJsonArray>
-#include <QJsonDocument>
+#include <QFuture>
+#include <QPromise>
+#include <QThreadPool>
+#include <memory>
 
 namespace kestrine {
 
@@ -30,11 +33,26 @@ std::optional<QList<PRRow>> InboxCache::read() const
 
 void InboxCache::write(const QList<PRRow> &rows) const
 {
-    const QByteArray bytes =
-        QJsonDocument(encodeJson(rows).toArray()).toJson(QJsonDocument::Compact);
+    const QByteArray bytes = writeJson(rows);
     QFile file(m_filePath);
     if (file.open(QIODevice::WriteOnly | QIODevice::Truncate))
         file.write(bytes);
+}
+
+QCoro::Task<> InboxCache::writeAside(QList<PRRow> rows) const
+{
+    // One thread, so that an older inbox never overwrites a newer one; a static pool, whose
+    // destruction at exit waits for the write under way.
+    static QThreadPool writer;
+    writer.setMaxThreadCount(1);
+    auto done = std::make_shared<QPromise<void>>();
+    QFuture<void> finished = done->future();
+    done->start();
+    writer.start([cache = *this, rows = std::move(rows), done] {
+        cache.write(rows);
+        done->finish();
+    });
+    co_await qCoro(finished).waitForFinished();
 }
 
 } // namespace kestrine

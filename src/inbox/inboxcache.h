@@ -2,6 +2,7 @@
 
 #include "prrow.h"
 
+#include <QCoroTask>
 #include <QList>
 #include <QString>
 #include <optional>
@@ -27,6 +28,10 @@ public:
     std::optional<QList<PRRow>> read() const;
     /// Replaces the file in one plain write; failures are ignored.
     void write(const QList<PRRow> &rows) const;
+    /// write() on the cache's own thread, so that writing megabytes does not hold up the caller's
+    /// event loop; the task ends once the file is written. Writes happen in the order they were
+    /// asked for, and the process waits for the last one before it exits.
+    QCoro::Task<> writeAside(QList<PRRow> rows) const;
 
 private:
     QString m_filePath;

@@ -186,8 +186,11 @@ QCoro::Task<> InboxViewModel::load()
             runNotificationPass(pass);
     }
     // Written once the rows are shown and the notification pass has sent its first request, so
-    // that neither waits for the file.
-    m_cache.write(combined);
+    // that neither waits for the file, and on the cache's own thread, so that the screen does not
+    // either.
+    co_await m_cache.writeAside(std::move(combined));
+    if (!self)
+        co_return;
     setLoading(false);
 }
 
