@@ -88,6 +88,7 @@
 #include "giteajson.h"
 #include "giteastate.h"
 
+#include <QHash>
 #include <QJsonArray>
 #include <QJsonObject>
 #include <QPointer>
@@ -146,6 +147,8 @@ private:
     struct Route;
     static const QList<Route> &routes();
 
+    FakeResponse answer(const Route &route, const RecordedRequest &request,
+                        const RouteParams &params);
     FakeResponse serve(const Route &route, const RecordedRequest &request,
                        const RouteParams &params);
     FakeResponse refuseUnknownRepository(const RouteParams &params, const QString &swagger) const;
@@ -163,6 +166,9 @@ private:
     QString m_pathPrefix;
     QString m_rootUrl;
     std::function<QDateTime()> m_clock;
+    /// The answers to reads since the state last changed, by request target, credentials and
+    /// ROOT_URL.
+    QHash<QByteArray, FakeResponse> m_readAnswers;
 };
 
 } // namespace kestrine

@@ -1233,6 +1233,33 @@ private slots:
         QCOMPARE(pull(7)[QStringLiteral("state")].toString(), QStringLiteral("open"));
     }
 
+    void aReadAskedAgainAfterAChangeSeesTheChange()
+    {
+        const QString path = QStringLiteral("/api/v1/repos/ann/tool/pulls/7");
+        const Answer before = get(path);
+        QCOMPARE(get(path).body, before.body);
+        QCOMPARE(before.object()[QStringLiteral("state")].toString(), QStringLiteral("open"));
+        QCOMPARE(send("PATCH", path, annToken, closeBody).status, 201);
+        QCOMPARE(get(path).object()[QStringLiteral("state")].toString(), QStringLiteral("closed"));
+        const QJsonArray open =
+            get(QStringLiteral("/api/v1/repos/ann/tool/pulls?state=open")).array();
+        for (const QJsonValue &listed : open)
+            QVERIFY(listed[QStringLiteral("number")].toInt() != 7);
+    }
+
+    void theSameReadByAnotherCallerIsAnsweredForThatCaller()
+    {
+        const QString privatePulls = QStringLiteral("/api/v1/repos/ann/website/pulls");
+        QCOMPARE(get(privatePulls, annToken).status, 200);
+        QCOMPARE(get(privatePulls, {}).status, 404);
+        const QString other = QStringLiteral("https://gitea.example.net/");
+        const Answer here = get(QStringLiteral("/api/v1/repos/ann/tool/pulls/7"));
+        sim->setRootUrl(other);
+        const Answer there = get(QStringLiteral("/api/v1/repos/ann/tool/pulls/7"));
+        QVERIFY(!here.object()[QStringLiteral("html_url")].toString().startsWith(other));
+        QVERIFY(there.object()[QStringLiteral("html_url")].toString().startsWith(other));
+    }
+
     void closingIsRefusedAsGiteaRefusesIt()
     {
         const Answer merged = send("PATCH", QStringLiteral("/api/v1/repos/ann/tool/pulls/6"),
