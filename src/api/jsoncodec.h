@@ -177,10 +177,11 @@ T decodeValue(const QJsonValue &value, const CodingPath &path)
 template <class T>
 QJsonValue encodeValue(const T &value, DateEncoding dates);
 
-template <JsonRecord T>
-QJsonObject encodeRecord(const T &record, DateEncoding dates)
+/// Calls `visit(key, value)` for every field of `record` that holds a value, in the table's
+/// order: what encoding writes.
+template <JsonRecord T, class Visit>
+void forEachPresentField(const T &record, Visit &&visit)
 {
-    QJsonObject object;
     std::apply(
         [&](const auto &...fields) {
             (
@@ -189,14 +190,23 @@ QJsonObject encodeRecord(const T &record, DateEncoding dates)
                     const auto &member = record.*(f.member);
                     if constexpr (OptionalTraits<Member>::value) {
                         if (member)
-                            object.insert(QLatin1StringView(f.key), encodeValue(*member, dates));
+                            visit(f.key, *member);
                     } else {
-                        object.insert(QLatin1StringView(f.key), encodeValue(member, dates));
+                        visit(f.key, member);
                     }
                 }(fields),
                 ...);
         },
         T::fields());
+}
+
+template <JsonRecord T>
+QJsonObject encodeRecord(const T &record, DateEncoding dates)
+{
+    QJsonObject object;
+    forEachPresentField(record, [&](const char *key, const auto &value) {
+        object.insert(QLatin1StringView(key), encodeValue(value, dates));
+    });
     return object;
 }
 
@@ -234,7 +244,7 @@ void writeRecord(QByteArray &out, const T &record, DateEncoding dates)
 {
     out += '{';
     bool first = true;
-    const auto writeMember = [&](const char *key, const auto &value) {
+    forEachPresentField(record, [&](const char *key, const auto &value) {
         if (!first)
             out += ',';
         first = false;
@@ -242,23 +252,7 @@ void writeRecord(QByteArray &out, const T &record, DateEncoding dates)
         out += key;
         out += "\":";
         writeValue(out, value, dates);
-    };
-    std::apply(
-        [&](const auto &...fields) {
-            (
-                [&](const auto &f) {
-                    using Member = std::remove_cvref_t<decltype(record.*(f.member))>;
-                    const auto &member = record.*(f.member);
-                    if constexpr (OptionalTraits<Member>::value) {
-                        if (member)
-                            writeMember(f.key, *member);
-                    } else {
-                        writeMember(f.key, member);
-                    }
-                }(fields),
-                ...);
-        },
-        T::fields());
+    });
     out += '}';
 }
 
