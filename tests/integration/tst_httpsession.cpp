@@ -4,6 +4,7 @@
 
 #include "fakegiteaserver.h"
 #include "httpsession.h"
+#include "tlsproxy.h"
 
 #include <QNetworkCookieJar>
 #include <QNetworkReply>
@@ -12,15 +13,21 @@
 #include <vector>
 
 using namespace kestrine;
+using kestrine::testing::TlsProxy;
+using kestrine::testing::TrustedInProcess;
 
 namespace {
 
 using ReplyPointer = std::unique_ptr<QNetworkReply>;
 
+QNetworkRequest requestAt(const QUrl &origin, int index)
+{
+    return QNetworkRequest(QUrl(origin.toString() + QStringLiteral("/api/v1/item/%1").arg(index)));
+}
+
 QNetworkRequest requestFor(const FakeGiteaServer &server, int index)
 {
-    return QNetworkRequest(
-        QUrl(server.baseUrl().toString() + QStringLiteral("/api/v1/item/%1").arg(index)));
+    return requestAt(server.baseUrl(), index);
 }
 
 bool allFinished(const std::vector<ReplyPointer> &replies)
@@ -131,6 +138,52 @@ private slots:
         QCOMPARE(session.requestsInFlight(), 3);
         QTRY_VERIFY_WITH_TIMEOUT(allFinished(again), 20000);
         QCOMPARE(session.requestsInFlight(), 0);
+    }
+
+    void overHttp2ABurstSharesTheOneConnection()
+    {
+        TlsProxy proxy(server->baseUrl(), TlsProxy::Http2::On);
+        QVERIFY2(proxy.start(), qPrintable(proxy.failure()));
+        TrustedInProcess trusted(proxy.caCertificate());
+        server->setAnswerDelay(std::chrono::milliseconds(200));
+        HttpSession session;
+
+        const ReplyPointer first(session.send(requestAt(proxy.url(), 0), "GET"));
+        QTRY_VERIFY_WITH_TIMEOUT(first->isFinished(), 10000);
+        QCOMPARE(first->error(), QNetworkReply::NoError);
+        QVERIFY(session.speaksHttp2(proxy.url()));
+
+        std::vector<ReplyPointer> replies;
+        for (int i = 1; i <= 60; ++i)
+            replies.emplace_back(session.send(requestAt(proxy.url(), i), "GET"));
+        QTRY_VERIFY_WITH_TIMEOUT(allFinished(replies), 20000);
+        for (const ReplyPointer &reply : replies)
+            QCOMPARE(reply->error(), QNetworkReply::NoError);
+
+        QCOMPARE(proxy.requests().size(), 61);
+        QCOMPARE(proxy.protocols(), QSet<QString>{QStringLiteral("HTTP/2.0")});
+        QCOMPARE(proxy.clientConnections(), 1);
+        QCOMPARE(proxy.acceptedConnections(), 1);
+    }
+
+    void overHttpsWithoutHttp2ABurstSpreadsAsOverPlainHttp()
+    {
+        TlsProxy proxy(server->baseUrl(), TlsProxy::Http2::Off);
+        QVERIFY2(proxy.start(), qPrintable(proxy.failure()));
+        TrustedInProcess trusted(proxy.caCertificate());
+        server->setAnswerDelay(std::chrono::milliseconds(200));
+        HttpSession session;
+
+        const ReplyPointer first(session.send(requestAt(proxy.url(), 0), "GET"));
+        QTRY_VERIFY_WITH_TIMEOUT(first->isFinished(), 10000);
+        QVERIFY(!session.speaksHttp2(proxy.url()));
+
+        std::vector<ReplyPointer> replies;
+        for (int i = 1; i <= 60; ++i)
+            replies.emplace_back(session.send(requestAt(proxy.url(), i), "GET"));
+        QTRY_VERIFY_WITH_TIMEOUT(allFinished(replies), 20000);
+        QCOMPARE(proxy.protocols(), QSet<QString>{QStringLiteral("HTTP/1.1")});
+        QCOMPARE(proxy.clientConnections(), session.maxConnectionsPerOrigin());
     }
 
     void aBodyAndAnotherMethodGoOutAsGiven()
