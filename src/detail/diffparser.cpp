@@ -1,5 +1,6 @@
 #include "diffparser.h"
 
+#include <QtConcurrent/QtConcurrentRun>
 #include <algorithm>
 #include <string_view>
 
@@ -89,6 +90,14 @@ ParsedDiff parseFileDiff(const QString &diff, QStringView filename)
     if (section.isEmpty())
         return ParsedDiff::parse(diff);
     return ParsedDiff::parse(section.toString());
+}
+
+QFuture<ParsedDiff> parseFileDiffInBackground(QString diff, QString filename)
+{
+    // The function object, with the text it holds, is destroyed on the worker once it has run.
+    return QtConcurrent::run([diff = std::move(diff), filename = std::move(filename)] {
+        return parseFileDiff(diff, filename);
+    });
 }
 
 } // namespace kestrine

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QFuture>
 #include <QList>
 #include <QObject>
 #include <QString>
@@ -82,5 +83,11 @@ QStringView diffSection(QStringView diff, QStringView filename);
 /// What the diff screen shows for one file: its section parsed, or the whole diff parsed when the
 /// section is empty (better the whole pull request than nothing).
 ParsedDiff parseFileDiff(const QString &diff, QStringView filename);
+
+/// parseFileDiff() on a worker thread: splitting a diff of many megabytes takes longer than a
+/// frame, and the screen must keep answering meanwhile. The worker takes the text over, so when
+/// the caller kept no copy of it, it is released there too (freeing tens of megabytes is not
+/// free either). The lines are the same as parseFileDiff() gives.
+QFuture<ParsedDiff> parseFileDiffInBackground(QString diff, QString filename);
 
 } // namespace kestrine
