@@ -6,6 +6,10 @@
 #include <QString>
 #include <QStringView>
 
+QT_BEGIN_NAMESPACE
+class QThreadPool;
+QT_END_NAMESPACE
+
 namespace kestrine {
 
 /// How one line of a unified diff is coloured.
@@ -89,5 +93,10 @@ ParsedDiff parseFileDiff(const QString &diff, QStringView filename);
 /// the caller kept no copy of it, it is released there too (freeing tens of megabytes is not
 /// free either). The lines are the same as parseFileDiff() gives.
 QFuture<ParsedDiff> parseFileDiffInBackground(QString diff, QString filename);
+
+/// The one worker thread that parseFileDiffInBackground() uses. It is not Qt's global thread
+/// pool: the raster paint engine of Qt 6.4 splits large fills over that pool and waits for them
+/// on the main thread, so long work there would hold up drawing.
+QThreadPool *diffSplittingThread();
 
 } // namespace kestrine

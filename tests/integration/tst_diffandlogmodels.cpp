@@ -148,7 +148,7 @@ private slots:
 
     void diffStaysLoadingUntilItsLinesAreSplitOnAWorker()
     {
-        BusyPool pool;
+        BusyPool pool(diffSplittingThread());
         DiffModel model(annApp(), 7, changedFile(QStringLiteral("a.cpp")));
         QCoro::Task<> load = model.load();
         // The answer is in once its log line is; the lines then wait for the busy worker.
@@ -164,7 +164,7 @@ private slots:
 
     void destroyingTheDiffModelWhileItsLinesAreSplitIsSilent()
     {
-        BusyPool pool;
+        BusyPool pool(diffSplittingThread());
         auto *model = new DiffModel(annApp(), 7, changedFile(QStringLiteral("a.cpp")));
         QCoro::Task<> load = model->load();
         QTRY_COMPARE(LogStore::shared()->entries().size(), 1);

@@ -11,7 +11,7 @@ namespace kestrine::testing {
 class BusyPool
 {
 public:
-    explicit BusyPool(QThreadPool *pool = QThreadPool::globalInstance())
+    explicit BusyPool(QThreadPool *pool)
         : m_pool(pool)
         , m_previousMaxThreads(pool->maxThreadCount())
     {

@@ -212,7 +212,7 @@ private slots:
 
     void parsingInTheBackgroundWaitsForAWorkerInsteadOfRunningOnTheCaller()
     {
-        BusyPool pool;
+        BusyPool pool(diffSplittingThread());
         QFuture<ParsedDiff> future = parseFileDiffInBackground(threeFiles, QStringLiteral("a.c"));
         // The only worker is busy, so nothing has parsed the diff yet.
         QTest::qWait(50);
