@@ -5,6 +5,8 @@
 #include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
+#include <QThreadPool>
+#include <QtConcurrent/QtConcurrentRun>
 
 namespace kestrine {
 
@@ -35,6 +37,26 @@ void InboxCache::write(const QList<PRRow> &rows) const
     QFile file(m_filePath);
     if (file.open(QIODevice::WriteOnly | QIODevice::Truncate))
         file.write(bytes);
+}
+
+QFuture<void> InboxCache::writeInBackground(QList<PRRow> rows) const
+{
+    // The rows are implicitly shared with the caller, which only reads them from now on.
+    return QtConcurrent::run(writerThread(),
+                             [cache = *this, rows = std::move(rows)] { cache.write(rows); });
+}
+
+QThreadPool *InboxCache::writerThread()
+{
+    // One thread, so that two writes never interleave and the later one asked for lands last. It
+    // waits for a write under way when the program ends.
+    static QThreadPool pool;
+    static const bool configured = [] {
+        pool.setMaxThreadCount(1);
+        return true;
+    }();
+    Q_UNUSED(configured);
+    return &pool;
 }
 
 } // namespace kestrine

@@ -2,9 +2,14 @@
 
 #include "prrow.h"
 
+#include <QFuture>
 #include <QList>
 #include <QString>
 #include <optional>
+
+QT_BEGIN_NAMESPACE
+class QThreadPool;
+QT_END_NAMESPACE
 
 namespace kestrine {
 
@@ -27,6 +32,15 @@ public:
     std::optional<QList<PRRow>> read() const;
     /// Replaces the file in one plain write; failures are ignored.
     void write(const QList<PRRow> &rows) const;
+    /// write() on a worker thread: encoding an inbox of thousands of rows takes longer than many
+    /// frames. The writes of the whole process run one after another in the order they were asked
+    /// for, so the file ends up holding the rows of the last one. The future finishes when the
+    /// file is written, or failed to be.
+    QFuture<void> writeInBackground(QList<PRRow> rows) const;
+    /// The one worker thread of writeInBackground(). It is not Qt's global thread pool: the
+    /// raster paint engine of Qt 6.4 splits large fills over that pool and waits for them on the
+    /// main thread, so long work there would hold up drawing.
+    static QThreadPool *writerThread();
 
 private:
     QString m_filePath;
