@@ -5,6 +5,7 @@
 #include "qmlrecords_p.h"
 #include "settingsstore.h"
 
+#include <QCoroFuture>
 #include <QPointer>
 
 namespace kestrine {
@@ -57,7 +58,7 @@ QCoro::Task<> DiffModel::load()
     const GiteaClient client = configured->cancelledWith(this);
     const QPointer<DiffModel> self(this);
 
-    const detail::Attempted<QString> diff =
+    detail::Attempted<QString> diff =
         co_await detail::attempt(client.diff(m_repo.owner.login, m_repo.name, m_prNumber));
     if (!self)
         co_return;
@@ -68,7 +69,12 @@ QCoro::Task<> DiffModel::load()
         co_return;
     }
 
-    setLines(parseFileDiff(*diff.value, m_file.filename));
+    // A pull request's diff can run to tens of megabytes: it is cut and split on a worker thread,
+    // and the screen shows its progress indicator meanwhile, as during the download.
+    ParsedDiff lines = co_await parseFileDiffInBackground(std::move(*diff.value), m_file.filename);
+    if (!self)
+        co_return;
+    setLines(std::move(lines));
     // Splitting always yields at least one line, so this stays a safety net.
     if (m_lines.isEmpty())
         setErrorMessage(QStringLiteral("No diff content for this file."));

@@ -1,5 +1,7 @@
 #include "diffparser.h"
 
+#include <QThreadPool>
+#include <QtConcurrent/QtConcurrentRun>
 #include <algorithm>
 #include <string_view>
 
@@ -89,6 +91,27 @@ ParsedDiff parseFileDiff(const QString &diff, QStringView filename)
     if (section.isEmpty())
         return ParsedDiff::parse(diff);
     return ParsedDiff::parse(section.toString());
+}
+
+QFuture<ParsedDiff> parseFileDiffInBackground(QString diff, QString filename)
+{
+    // The function object, with the text it holds, is destroyed on the worker once it has run.
+    return QtConcurrent::run(diffSplittingThread(),
+                             [diff = std::move(diff), filename = std::move(filename)] {
+                                 return parseFileDiff(diff, filename);
+                             });
+}
+
+QThreadPool *diffSplittingThread()
+{
+    // Waits for a split under way when the program ends.
+    static QThreadPool pool;
+    static const bool configured = [] {
+        pool.setMaxThreadCount(1);
+        return true;
+    }();
+    Q_UNUSED(configured);
+    return &pool;
 }
 
 } // namespace kestrine

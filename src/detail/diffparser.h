@@ -1,9 +1,14 @@
 #pragma once
 
+#include <QFuture>
 #include <QList>
 #include <QObject>
 #include <QString>
 #include <QStringView>
+
+QT_BEGIN_NAMESPACE
+class QThreadPool;
+QT_END_NAMESPACE
 
 namespace kestrine {
 
@@ -82,5 +87,16 @@ QStringView diffSection(QStringView diff, QStringView filename);
 /// What the diff screen shows for one file: its section parsed, or the whole diff parsed when the
 /// section is empty (better the whole pull request than nothing).
 ParsedDiff parseFileDiff(const QString &diff, QStringView filename);
+
+/// parseFileDiff() on a worker thread: splitting a diff of many megabytes takes longer than a
+/// frame, and the screen must keep answering meanwhile. The worker takes the text over, so when
+/// the caller kept no copy of it, it is released there too (freeing tens of megabytes is not
+/// free either). The lines are the same as parseFileDiff() gives.
+QFuture<ParsedDiff> parseFileDiffInBackground(QString diff, QString filename);
+
+/// The one worker thread that parseFileDiffInBackground() uses. It is not Qt's global thread
+/// pool: the raster paint engine of Qt 6.4 splits large fills over that pool and waits for them
+/// on the main thread, so long work there would hold up drawing.
+QThreadPool *diffSplittingThread();
 
 } // namespace kestrine

@@ -2,12 +2,9 @@
 
 #include "cachedirectory.h"
 
-#include <QCoroFuture>
 #include <QFile>
-#include <QFuture>
-#include <QPromise>
 #include <QThreadPool>
-#include <memory>
+#include <QtConcurrent/QtConcurrentRun>
 
 namespace kestrine {
 
@@ -39,20 +36,24 @@ void InboxCache::write(const QList<PRRow> &rows) const
         file.write(bytes);
 }
 
-QCoro::Task<> InboxCache::writeAside(QList<PRRow> rows) const
+QFuture<void> InboxCache::writeInBackground(QList<PRRow> rows) const
 {
-    // One thread, so that an older inbox never overwrites a newer one; a static pool, whose
-    // destruction at exit waits for the write under way.
-    static QThreadPool writer;
-    writer.setMaxThreadCount(1);
-    auto done = std::make_shared<QPromise<void>>();
-    QFuture<void> finished = done->future();
-    done->start();
-    writer.start([cache = *this, rows = std::move(rows), done] {
-        cache.write(rows);
-        done->finish();
-    });
-    co_await qCoro(finished).waitForFinished();
+    // The rows are implicitly shared with the caller, which only reads them from now on.
+    return QtConcurrent::run(writerThread(),
+                             [cache = *this, rows = std::move(rows)] { cache.write(rows); });
+}
+
+QThreadPool *InboxCache::writerThread()
+{
+    // One thread, so that two writes never interleave and the later one asked for lands last. It
+    // waits for a write under way when the program ends.
+    static QThreadPool pool;
+    static const bool configured = [] {
+        pool.setMaxThreadCount(1);
+        return true;
+    }();
+    Q_UNUSED(configured);
+    return &pool;
 }
 
 } // namespace kestrine

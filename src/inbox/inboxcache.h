@@ -2,10 +2,14 @@
 
 #include "prrow.h"
 
-#include <QCoroTask>
+#include <QFuture>
 #include <QList>
 #include <QString>
 #include <optional>
+
+QT_BEGIN_NAMESPACE
+class QThreadPool;
+QT_END_NAMESPACE
 
 namespace kestrine {
 
@@ -28,10 +32,15 @@ public:
     std::optional<QList<PRRow>> read() const;
     /// Replaces the file in one plain write; failures are ignored.
     void write(const QList<PRRow> &rows) const;
-    /// write() on the cache's own thread, so that writing megabytes does not hold up the caller's
-    /// event loop; the task ends once the file is written. Writes happen in the order they were
-    /// asked for, and the process waits for the last one before it exits.
-    QCoro::Task<> writeAside(QList<PRRow> rows) const;
+    /// write() on a worker thread: encoding an inbox of thousands of rows takes longer than many
+    /// frames. The writes of the whole process run one after another in the order they were asked
+    /// for, so the file ends up holding the rows of the last one. The future finishes when the
+    /// file is written, or failed to be.
+    QFuture<void> writeInBackground(QList<PRRow> rows) const;
+    /// The one worker thread of writeInBackground(). It is not Qt's global thread pool: the
+    /// raster paint engine of Qt 6.4 splits large fills over that pool and waits for them on the
+    /// main thread, so long work there would hold up drawing.
+    static QThreadPool *writerThread();
 
 private:
     QString m_filePath;

@@ -6,6 +6,7 @@
 #include "repositoryselection.h"
 #include "settingsstore.h"
 
+#include <QCoroFuture>
 #include <QPointer>
 #include <algorithm>
 #include <coroutine>
@@ -186,9 +187,9 @@ QCoro::Task<> InboxViewModel::load()
             runNotificationPass(pass);
     }
     // Written once the rows are shown and the notification pass has sent its first request, so
-    // that neither waits for the file, and on the cache's own thread, so that the screen does not
-    // either.
-    co_await m_cache.writeAside(std::move(combined));
+    // that neither waits for the file, and on a worker thread, so that the screen does not either.
+    // The load ends when the file is written.
+    co_await m_cache.writeInBackground(combined);
     if (!self)
         co_return;
     setLoading(false);

@@ -68,6 +68,12 @@ Page {
         id: inboxModel
     }
 
+    // The rows for the list, each made into its QML form only when the list shows it.
+    InboxRowsModel {
+        id: inboxRows
+        viewModel: inboxModel
+    }
+
     EmptyState {
         objectName: "notConfiguredState"
         anchors.fill: parent
@@ -113,16 +119,18 @@ Page {
         anchors.horizontalCenter: parent.horizontalCenter
         width: Math.min(parent.width, Theme.maxContentWidth)
         visible: root.content === "list"
-        model: root.vm.displayedRows
+        model: inboxRows
         boundsBehavior: Flickable.DragAndOvershootBounds
         flickableDirection: Flickable.VerticalFlick
+        // Rows scrolled away are handed the row coming into view instead of being destroyed and
+        // built again: a fast fling through thousands of rows builds no new ones.
+        reuseItems: true
         ScrollIndicator.vertical: ScrollIndicator {}
 
+        // `row` is the model's role of that name.
         delegate: PRRowView {
-            required property var modelData
             width: ListView.view.width
-            row: modelData
-            onClicked: root.openRow(modelData)
+            onClicked: root.openRow(row)
         }
     }
 

@@ -37,7 +37,9 @@ Page {
             objectName: "shareButton"
             symbol: "square.and.arrow.up"
             Accessible.name: "Share"
-            enabled: root.log.text !== ""
+            // Its length, not a comparison with "": comparing a JavaScript string hashes all of it,
+            // some milliseconds for a log of megabytes.
+            enabled: root.log.text.length > 0
             onClicked: root.share()
         }
     }
@@ -55,9 +57,11 @@ Page {
         text: log.text
     }
 
+    // Until a long log's pieces are found (on a worker thread) the log is still loading.
     ProgressState {
+        objectName: "logProgress"
         anchors.fill: parent
-        visible: log.isLoading
+        visible: log.isLoading || chunks.splitting
         text: "Loading logs…"
     }
 
@@ -74,7 +78,7 @@ Page {
         id: pieces
         objectName: "logText"
         anchors.fill: parent
-        visible: !log.isLoading && log.errorMessage === ""
+        visible: !log.isLoading && !chunks.splitting && log.errorMessage === ""
         model: chunks
         topMargin: 12
         bottomMargin: 24

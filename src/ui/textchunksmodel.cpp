@@ -1,5 +1,9 @@
 #include "textchunksmodel.h"
 
+#include <QFutureWatcher>
+#include <QThreadPool>
+#include <QtConcurrent/QtConcurrentRun>
+
 namespace kestrine::ui {
 
 TextChunksModel::TextChunksModel(QObject *parent)
@@ -13,7 +17,7 @@ void TextChunksModel::setText(const QString &text)
     if (m_text.isSharedWith(text) || m_text == text)
         return;
     m_text = text;
-    rebuild();
+    split();
     emit textChanged();
 }
 
@@ -23,29 +27,82 @@ void TextChunksModel::setLinesPerChunk(int lines)
     if (m_linesPerChunk == lines)
         return;
     m_linesPerChunk = lines;
-    rebuild();
+    split();
     emit linesPerChunkChanged();
 }
 
-void TextChunksModel::rebuild()
+QList<qsizetype> TextChunksModel::pieceStarts(const QString &text, int linesPerChunk)
 {
-    beginResetModel();
-    m_starts.clear();
-    if (!m_text.isEmpty()) {
-        m_starts.append(0);
-        int lines = 0;
-        const qsizetype size = m_text.size();
-        const QChar *data = m_text.constData();
-        for (qsizetype i = 0; i < size; ++i) {
-            if (data[i] != u'\n')
-                continue;
-            if (++lines == m_linesPerChunk && i + 1 < size) {
-                m_starts.append(i + 1);
-                lines = 0;
-            }
+    QList<qsizetype> starts;
+    if (text.isEmpty())
+        return starts;
+    starts.append(0);
+    int lines = 0;
+    const qsizetype size = text.size();
+    const QChar *data = text.constData();
+    for (qsizetype i = 0; i < size; ++i) {
+        if (data[i] != u'\n')
+            continue;
+        if (++lines == linesPerChunk && i + 1 < size) {
+            starts.append(i + 1);
+            lines = 0;
         }
     }
+    return starts;
+}
+
+void TextChunksModel::split()
+{
+    const quint64 generation = ++m_generation;
+    if (m_text.size() <= splitAtOnceLimit) {
+        show(m_text, pieceStarts(m_text, m_linesPerChunk));
+        setSplitting(false);
+        return;
+    }
+    setSplitting(true);
+    // The worker reads its own reference to the text, which nothing changes while it runs.
+    auto *watcher = new QFutureWatcher<QList<qsizetype>>(this);
+    connect(watcher, &QFutureWatcherBase::finished, this, [this, watcher, generation] {
+        watcher->deleteLater();
+        // A later text, or a later piece length, has superseded this split.
+        if (generation != m_generation)
+            return;
+        show(m_text, watcher->result());
+        setSplitting(false);
+    });
+    watcher->setFuture(QtConcurrent::run(splittingThread(), &TextChunksModel::pieceStarts, m_text,
+                                         m_linesPerChunk));
+}
+
+QThreadPool *TextChunksModel::splittingThread()
+{
+    // Waits for a split under way when the program ends.
+    static QThreadPool pool;
+    static const bool configured = [] {
+        pool.setMaxThreadCount(1);
+        return true;
+    }();
+    Q_UNUSED(configured);
+    return &pool;
+}
+
+void TextChunksModel::show(const QString &text, QList<qsizetype> starts)
+{
+    const int before = count();
+    beginResetModel();
+    m_shown = text;
+    m_starts = std::move(starts);
     endResetModel();
+    if (count() != before)
+        emit countChanged();
+}
+
+void TextChunksModel::setSplitting(bool splitting)
+{
+    if (m_splitting == splitting)
+        return;
+    m_splitting = splitting;
+    emit splittingChanged();
 }
 
 QString TextChunksModel::chunk(int index) const
@@ -53,8 +110,8 @@ QString TextChunksModel::chunk(int index) const
     if (index < 0 || index >= m_starts.size())
         return {};
     const qsizetype start = m_starts.at(index);
-    const qsizetype end = index + 1 < m_starts.size() ? m_starts.at(index + 1) : m_text.size();
-    return m_text.mid(start, end - start);
+    const qsizetype end = index + 1 < m_starts.size() ? m_starts.at(index + 1) : m_shown.size();
+    return m_shown.mid(start, end - start);
 }
 
 int TextChunksModel::rowCount(const QModelIndex &parent) const

@@ -1,5 +1,6 @@
 // The diff model and the job log model against the fake Gitea server.
 
+#include "busypool.h"
 #include "detailfixture.h"
 #include "diffmodel.h"
 #include "joblogmodel.h"
@@ -143,6 +144,35 @@ private slots:
         server->route("GET", diffPath, FakeResponse::text(twoFiles));
         QVERIFY(runToEnd(model.load()).value);
         QVERIFY(!model.errorMessage());
+    }
+
+    void diffStaysLoadingUntilItsLinesAreSplitOnAWorker()
+    {
+        BusyPool pool(diffSplittingThread());
+        DiffModel model(annApp(), 7, changedFile(QStringLiteral("a.cpp")));
+        QCoro::Task<> load = model.load();
+        // The answer is in once its log line is; the lines then wait for the busy worker.
+        QTRY_COMPARE(LogStore::shared()->entries().size(), 1);
+        QTest::qWait(50);
+        QVERIFY(model.isLoading());
+        QCOMPARE(model.rowCount(), 0);
+        pool.release();
+        QVERIFY(runToEnd(std::move(load)).value);
+        QVERIFY(!model.isLoading());
+        QCOMPARE(texts(model), (QStringList{"", "@@ -1 +1 @@", "-int x;", "+int y;"}));
+    }
+
+    void destroyingTheDiffModelWhileItsLinesAreSplitIsSilent()
+    {
+        BusyPool pool(diffSplittingThread());
+        auto *model = new DiffModel(annApp(), 7, changedFile(QStringLiteral("a.cpp")));
+        QCoro::Task<> load = model->load();
+        QTRY_COMPARE(LogStore::shared()->entries().size(), 1);
+        delete model;
+        pool.release();
+        QVERIFY(runToEnd(std::move(load)).value);
+        // Only the request's own line.
+        QCOMPARE(LogStore::shared()->entries().size(), 1);
     }
 
     void diffFileCanBeSetInItsQmlForm()

@@ -1,6 +1,7 @@
 // The inbox loader against the fake Gitea server: selection, concurrency, ordering, failures,
 // the cache and the notification pass it starts.
 
+#include "busypool.h"
 #include "fakegiteaserver.h"
 #include "inbox.h"
 #include "logstore.h"
@@ -17,6 +18,7 @@
 #include <QtTest>
 
 using namespace kestrine;
+using kestrine::testing::BusyPool;
 using kestrine::testing::runToEnd;
 
 namespace {
@@ -52,6 +54,18 @@ QStringList titles(const QList<PRRow> &rows)
     for (const PRRow &row : rows)
         list.append(row.pr.title);
     return list;
+}
+
+/// The bytes the cache file holds for `rows`, as InboxCache writes them.
+QByteArray cacheBytes(const QList<PRRow> &rows)
+{
+    return QJsonDocument(encodeJson(rows).toArray()).toJson(QJsonDocument::Compact);
+}
+
+QByteArray fileBytes(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
 QStringList logMessagesSince(qsizetype first)
@@ -433,6 +447,64 @@ private slots:
         runToEnd(model.load());
         QCOMPARE(titles(model.displayedRows()), QStringList{"fresh"});
         QVERIFY(QFile::exists(cachePath));
+    }
+
+    void loadEndsOnlyOnceTheCacheIsWritten()
+    {
+        serveRepos({repoJson("ann", "a", 1), repoJson("ann", "b", 2)});
+        servePulls("ann/a", {pullJson(1, "one", "2024-05-02T10:00:00Z")});
+        servePulls("ann/b", {pullJson(2, "two", "2024-05-03T10:00:00Z")});
+        InboxViewModel model;
+        QByteArray onDiskWhenLoaded;
+        connect(&model, &InboxViewModel::isLoadingChanged, this, [&] {
+            if (!model.isLoading())
+                onDiskWhenLoaded = fileBytes(cachePath);
+        });
+        runToEnd(model.load());
+        QCOMPARE(titles(model.displayedRows()), (QStringList{"two", "one"}));
+        QCOMPARE(onDiskWhenLoaded, cacheBytes(model.displayedRows()));
+    }
+
+    void cacheIsWrittenOnAWorkerThreadNotOnTheCaller()
+    {
+        serveRepos({repoJson("ann", "a", 1)});
+        servePulls("ann/a", {pullJson(1, "fresh", "2024-05-02T10:00:00Z")});
+        InboxViewModel model;
+        {
+            BusyPool writer(InboxCache::writerThread());
+            QCoro::Task<> load = model.load();
+            QTRY_COMPARE(titles(model.displayedRows()), QStringList{"fresh"});
+            // The rows are shown; their file waits for the busy writer, and so does the load.
+            QTest::qWait(50);
+            QVERIFY(!QFile::exists(cachePath));
+            QVERIFY(model.isLoading());
+            writer.release();
+            runToEnd(std::move(load));
+        }
+        QVERIFY(!model.isLoading());
+        QCOMPARE(fileBytes(cachePath), cacheBytes(model.displayedRows()));
+    }
+
+    void backgroundWritesLandInTheOrderAsked()
+    {
+        PRRow first;
+        first.repo.fullName = QStringLiteral("ann/a");
+        first.pr.title = QStringLiteral("first");
+        PRRow second = first;
+        second.pr.title = QStringLiteral("second");
+        const InboxCache cache(cachePath);
+        // One writer thread: two writes never run at once.
+        QCOMPARE(InboxCache::writerThread()->maxThreadCount(), 1);
+        QFuture<void> earlier;
+        QFuture<void> later;
+        {
+            BusyPool writer(InboxCache::writerThread());
+            earlier = cache.writeInBackground({first, first});
+            later = cache.writeInBackground({second});
+        }
+        earlier.waitForFinished();
+        later.waitForFinished();
+        QCOMPARE(fileBytes(cachePath), cacheBytes({second}));
     }
 
     void notificationPassStartsWithoutBeingAwaitedWhenEnabled()

@@ -6,6 +6,7 @@
 #include "logstore.h"
 #include "pagedanswer.h"
 #include "settingsstore.h"
+#include "textchunksmodel.h"
 
 #include <QDesktopServices>
 #include <QFile>
@@ -82,7 +83,19 @@ void TestGitea::answerPaged(const QString &path, const QString &itemsJson, int p
 
 void TestGitea::reset()
 {
+    releaseWorkers();
     install(fixtures::read(QStringLiteral("gitea/seed.json")));
+}
+
+void TestGitea::holdWorkers()
+{
+    if (!m_heldWorkers)
+        m_heldWorkers = std::make_unique<BusyPool>(ui::TextChunksModel::splittingThread());
+}
+
+void TestGitea::releaseWorkers()
+{
+    m_heldWorkers.reset();
 }
 
 void TestGitea::useHostileSeed()

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "busypool.h"
 #include "fakegiteaserver.h"
 #include "giteasimulation.h"
 #include "strangerhost.h"
@@ -87,6 +88,11 @@ public:
     /// `text` with every ESC character, for building escape sequences in QML.
     Q_INVOKABLE QString escape() const { return QStringLiteral("\x1b"); }
 
+    /// Keeps the worker thread that cuts long logs into pieces busy until releaseWorkers() or
+    /// the next reset, so that a log handed to it waits and a test sees the screen meanwhile.
+    Q_INVOKABLE void holdWorkers();
+    Q_INVOKABLE void releaseWorkers();
+
 signals:
     void strangerContactsChanged();
 
@@ -101,6 +107,7 @@ private:
     QTemporaryDir m_folder;
     StrangerHost m_stranger;
     QStringList m_openedLinks;
+    std::unique_ptr<BusyPool> m_heldWorkers;
 };
 
 } // namespace kestrine::testing

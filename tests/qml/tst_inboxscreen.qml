@@ -87,6 +87,68 @@ Item {
             verify(!find(inbox, "notConfiguredState").visible);
         }
 
+        // ann/tool answers with `count` open pull requests, one a minute from 2024-01-01 on.
+        function serveManyPulls(count) {
+            const pulls = [];
+            for (let n = 1; n <= count; ++n) {
+                const minutes = String(n % 60).padStart(2, "0");
+                const hours = String(Math.floor(n / 60)).padStart(2, "0");
+                pulls.push({ id: 5000 + n, number: n, title: "Change " + n, state: "open",
+                             draft: n % 4 === 0,
+                             updated_at: "2024-01-01T" + hours + ":" + minutes + ":00Z" });
+            }
+            gitea.answer("GET", "/api/v1/repos/ann/tool/pulls", 200, JSON.stringify(pulls));
+        }
+
+        // Every row the list has built shows the displayed row at its place.
+        function compareBuiltRows(list, rows) {
+            let built = 0;
+            for (let i = 0; i < list.count; ++i) {
+                const item = list.itemAtIndex(i);
+                if (!item)
+                    continue;
+                compare(JSON.stringify(item.row), JSON.stringify(rows[i]));
+                compare(find(item, "rowNumber").text, "#" + rows[i].pr.number);
+                compare(find(item, "rowTitle").text, rows[i].pr.title);
+                compare(find(item, "rowDraft").visible, rows[i].pr.draft === true);
+                ++built;
+            }
+            return built;
+        }
+
+        function test_listRowsAreTheDisplayedRowsInOrderAfterScrollingToo() {
+            serveManyPulls(90);
+            const inbox = openInbox();
+            const list = find(inbox, "inboxList");
+            const rows = inbox.vm.displayedRows;
+            verify(rows.length > 90);
+            compare(list.count, rows.length);
+            verify(compareBuiltRows(list, rows) > 3);
+            // Rows scrolled away are reused for the rows coming into view.
+            list.positionViewAtEnd();
+            tryVerify(() => list.itemAtIndex(list.count - 1) !== null);
+            verify(!list.itemAtIndex(0));
+            verify(compareBuiltRows(list, rows) > 3);
+            list.positionViewAtIndex(45, ListView.Center);
+            tryVerify(() => list.itemAtIndex(45) !== null);
+            verify(compareBuiltRows(list, rows) > 3);
+            list.positionViewAtBeginning();
+            tryVerify(() => list.itemAtIndex(0) !== null);
+            verify(compareBuiltRows(list, rows) > 3);
+        }
+
+        function test_tappingARowOpensItsPullRequest() {
+            const inbox = openInbox();
+            const list = find(inbox, "inboxList");
+            const row = inbox.vm.displayedRows[1];
+            mouseClick(list.itemAtIndex(1));
+            const stack = inbox.StackView.view;
+            tryCompare(stack, "depth", 2);
+            compare(stack.currentItem.prNumber, row.pr.number);
+            compare(stack.currentItem.repo.full_name, row.repo.full_name);
+            tryVerify(() => !stack.busy);
+        }
+
         function test_notConfiguredShowsItsPlaceholderWhateverTheRowsHold() {
             const inbox = openInbox();
             verify(inbox.vm.count > 0);

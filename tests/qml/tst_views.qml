@@ -132,6 +132,30 @@ Item {
             verify(find(view, "shareButton").enabled);
         }
 
+        function test_aLongLogStaysLoadingUntilItsPiecesAreCutThenShowsAllOfIt() {
+            // Longer than the pieces model cuts at once: it is cut on a worker thread.
+            let text = "";
+            for (let i = 0; text.length <= 300000; ++i)
+                text += "2024-05-01T10:21:02Z ok  \tnorrum.com/harbor/pkg/module" + i + "\r\n";
+            gitea.answer("GET", "/api/v1/repos/ann/tool/actions/jobs/98/logs", 200, text);
+            gitea.holdWorkers();
+            const view = openLog(98);
+            compare(view.log.text, text);
+            verify(view.chunks.splitting);
+            verify(find(view, "logProgress").visible);
+            compare(find(view, "logProgress").text, "Loading logs…");
+            verify(!find(view, "logText").visible);
+            gitea.releaseWorkers();
+            tryVerify(() => !view.chunks.splitting, 5000);
+            verify(!find(view, "logProgress").visible);
+            verify(find(view, "logText").visible);
+            let joined = "";
+            for (let i = 0; i < view.chunks.count; ++i)
+                joined += view.chunks.chunk(i);
+            compare(joined, text);
+            verify(find(view, "shareButton").enabled);
+        }
+
         function test_anEmptyLogShowsAnEmptyScrollAreaAndADisabledShareButton() {
             gitea.answer("GET", "/api/v1/repos/ann/tool/actions/jobs/98/logs", 200, "");
             const view = openLog(98);

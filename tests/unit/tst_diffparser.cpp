@@ -1,10 +1,12 @@
 // Cutting one file's section out of a pull request diff and classifying its lines.
 
+#include "busypool.h"
 #include "diffparser.h"
 
 #include <QtTest>
 
 using namespace kestrine;
+using namespace kestrine::testing;
 
 namespace {
 
@@ -41,6 +43,24 @@ const QString threeFiles = QStringLiteral("diff --git a/a.cpp b/a.cpp\n"
                                           "+++ b/docs/readme.md\n"
                                           "@@ -3 +3 @@\n"
                                           "+last line\n");
+
+/// A diff of `files` files of a few hunks each, megabytes long for thousands of files; file n is
+/// "pkg/n/file.go".
+QString manyFiles(int files)
+{
+    QString diff;
+    for (int n = 0; n < files; ++n) {
+        const QString name = QStringLiteral("pkg/%1/file.go").arg(n);
+        diff += QStringLiteral("diff --git a/%1 b/%1\nindex 83db48f..bf269f4 100644\n--- a/%1\n"
+                               "+++ b/%1\n")
+                    .arg(name);
+        for (int hunk = 0; hunk < 3; ++hunk) {
+            diff += QStringLiteral("@@ -%1,4 +%1,4 @@ func f()\n").arg(hunk * 10 + 1);
+            diff += QStringLiteral(" \tkeep := 1\n-\told := 2\n+\tnew := 3\r\n\\ No newline\n");
+        }
+    }
+    return diff;
+}
 
 } // namespace
 
@@ -165,6 +185,41 @@ private slots:
         const QString text = QStringLiteral("diff --git a/x b/x\n+++ b/x");
         QVERIFY(diffSection(text, u"x").isEmpty());
         QCOMPARE(parseFileDiff(text, u"x").size(), 2);
+    }
+
+    void parsingOnAWorkerThreadGivesTheSameLines_data()
+    {
+        QTest::addColumn<QString>("diff");
+        QTest::addColumn<QString>("filename");
+        QTest::newRow("a file's section") << threeFiles << "a.cpp";
+        QTest::newRow("the last file, to the end") << threeFiles << "docs/readme.md";
+        QTest::newRow("a.c found inside the header of a.cpp") << threeFiles << "a.c";
+        QTest::newRow("a file not in the diff: all of it") << threeFiles << "renamed-away.txt";
+        QTest::newRow("an empty diff") << QString() << "a.cpp";
+        QTest::newRow("megabytes, a file in the middle") << manyFiles(20000) << "pkg/10000/file.go";
+        QTest::newRow("megabytes, all of it") << manyFiles(20000) << "absent.go";
+    }
+
+    void parsingOnAWorkerThreadGivesTheSameLines()
+    {
+        QFETCH(QString, diff);
+        QFETCH(QString, filename);
+        const QList<DiffLine> expected = parseFileDiff(diff, filename).lines();
+        QFuture<ParsedDiff> future = parseFileDiffInBackground(diff, filename);
+        future.waitForFinished();
+        QCOMPARE(future.result().lines(), expected);
+    }
+
+    void parsingInTheBackgroundWaitsForAWorkerInsteadOfRunningOnTheCaller()
+    {
+        BusyPool pool(diffSplittingThread());
+        QFuture<ParsedDiff> future = parseFileDiffInBackground(threeFiles, QStringLiteral("a.c"));
+        // The only worker is busy, so nothing has parsed the diff yet.
+        QTest::qWait(50);
+        QVERIFY(!future.isFinished());
+        pool.release();
+        future.waitForFinished();
+        QCOMPARE(future.result().lines(), parseFileDiff(threeFiles, u"a.c").lines());
     }
 };
 
