@@ -5,8 +5,14 @@
 #include "paging_p.h"
 #include "requestcore_p.h"
 
+#include <QCoroFuture>
+#include <QFuture>
 #include <QJsonDocument>
+#include <QPromise>
 #include <QStringDecoder>
+#include <QThreadPool>
+#include <memory>
+#include <optional>
 
 namespace kestrine {
 namespace {
@@ -149,10 +155,50 @@ QCoro::Task<T> fetch(GiteaClient client, QString path, std::optional<QueryItems>
     co_return co_await http::get<T>(std::move(client), std::move(path), std::move(query));
 }
 
+/// Texts from this size on are decoded on textDecoder().
+constexpr qsizetype decodeAsideFromBytes = 1 << 20;
+
+/// The one thread that decodes large texts. Not Qt's global pool: the raster paint engine splits
+/// large fills over that pool and waits for them on the main thread.
+QThreadPool &textDecoder()
+{
+    static QThreadPool pool;
+    static const bool configured = [] {
+        pool.setMaxThreadCount(1);
+        return true;
+    }();
+    Q_UNUSED(configured);
+    return pool;
+}
+
+/// utf8Text() of a large body on textDecoder(): a 20 MB diff takes 20 ms to decode, more than a
+/// frame of the screen waiting for it. Nothing when the bytes are not UTF-8.
+QFuture<std::optional<QString>> utf8TextAside(QByteArray bytes)
+{
+    auto promise = std::make_shared<QPromise<std::optional<QString>>>();
+    QFuture<std::optional<QString>> future = promise->future();
+    promise->start();
+    textDecoder().start([bytes = std::move(bytes), promise] {
+        try {
+            promise->addResult(utf8Text(bytes));
+        } catch (const APIError &) {
+            promise->addResult(std::nullopt);
+        }
+        promise->finish();
+    });
+    return future;
+}
+
 QCoro::Task<QString> fetchText(GiteaClient client, QString path)
 {
-    const QByteArray bytes = co_await http::request(std::move(client), std::move(path), "GET");
-    co_return utf8Text(bytes);
+    QByteArray bytes = co_await http::request(std::move(client), std::move(path), "GET");
+    if (bytes.size() < decodeAsideFromBytes)
+        co_return utf8Text(bytes);
+    QFuture<std::optional<QString>> decoding = utf8TextAside(std::move(bytes));
+    std::optional<QString> text = co_await decoding;
+    if (!text)
+        throw APIError::invalidResponse();
+    co_return std::move(*text);
 }
 
 /// Every page of a list answered as a plain JSON array.

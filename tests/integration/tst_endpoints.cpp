@@ -282,6 +282,25 @@ private slots:
                               QStringLiteral("GET repos/a/b/actions/jobs/77/logs \u2192 200")}));
     }
 
+    void largeTextsAreDecodedOffTheCallersThreadToTheSameText()
+    {
+        // Over a megabyte, as a large diff or job log is: decoded on a worker thread.
+        QByteArray large;
+        while (large.size() < 3'000'000)
+            large += "+\tcaf\xc3\xa9 \xe2\x86\x92 \xf0\x9f\x98\x80 line\n";
+        server->route("GET", QStringLiteral("/api/v1/repos/a/b/pulls/3.diff"),
+                      FakeResponse::text(large));
+        QCOMPARE(*runToEnd(client().diff(QStringLiteral("a"), QStringLiteral("b"), 3)).value,
+                 QString::fromUtf8(large));
+
+        // One bad byte at the very end still fails the whole text.
+        server->route("GET", QStringLiteral("/api/v1/repos/a/b/actions/jobs/77/logs"),
+                      FakeResponse::text(large + "\xff"));
+        QCOMPARE(*runToEnd(client().jobLogs(QStringLiteral("a"), QStringLiteral("b"), 77))
+                      .errorAs<APIError>(),
+                 APIError::invalidResponse());
+    }
+
     void invalidUtf8IsAnInvalidResponseAfterTheSuccessLine()
     {
         server->route("GET", QStringLiteral("/api/v1/repos/a/b/pulls/3.diff"),
