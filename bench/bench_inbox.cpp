@@ -15,6 +15,7 @@
 // HTTP the connections are the server's count.
 
 #include "fakegiteaserver.h"
+#include "fixtures.h"
 #include "giteaclient.h"
 #include "giteasimulation.h"
 #include "inboxviewmodel.h"
@@ -73,33 +74,6 @@ const char *transportName(Transport transport)
     return "";
 }
 
-QByteArray seed(int repositories, int pullsEach)
-{
-    QJsonArray repos;
-    for (int r = 1; r <= repositories; ++r) {
-        QJsonArray pulls;
-        for (int n = 1; n <= pullsEach; ++n) {
-            const QString time = QDateTime(QDate(2024, 1, 1), QTime(0, 0), Qt::UTC)
-                                     .addSecs(r * 3600 + n * 60)
-                                     .toString(Qt::ISODate);
-            pulls.append(QJsonObject{
-                {"user", "ann"},
-                {"title", QStringLiteral("Change %1 of repository %2").arg(n).arg(r)},
-                {"body", QStringLiteral("Why this change is needed, in a paragraph or two.")},
-                {"head", QStringLiteral("change-%1").arg(n)},
-                {"created_at", time},
-                {"updated_at", time}});
-        }
-        repos.append(QJsonObject{{"owner", "ann"},
-                                 {"name", QStringLiteral("repo-%1").arg(r, 3, 10, QChar(u'0'))},
-                                 {"pulls", pulls}});
-    }
-    return QJsonDocument(QJsonObject{{"users", QJsonArray{QJsonObject{{"login", "ann"}}}},
-                                     {"tokens", QJsonObject{{token, "ann"}}},
-                                     {"repositories", repos}})
-        .toJson(QJsonDocument::Compact);
-}
-
 double cpuSeconds(clockid_t clock)
 {
     timespec time = {};
@@ -119,7 +93,8 @@ public:
             &m_context,
             [this, c] {
                 m_server = new FakeGiteaServer();
-                m_simulation = new GiteaSimulation(seed(c.repositories, c.pullsEach));
+                m_simulation = new GiteaSimulation(
+                    fixtures::largeInstanceSeed(c.repositories, c.pullsEach, token));
                 m_simulation->install(m_server);
                 m_server->setAnswerDelay(std::chrono::milliseconds(c.delayMs));
                 m_server->listen();

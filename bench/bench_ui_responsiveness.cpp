@@ -17,6 +17,7 @@
 
 #include "demoinstance.h"
 #include "fakegiteaserver.h"
+#include "fixtures.h"
 #include "giteasimulation.h"
 #include "settingsstore.h"
 #include "storagemode.h"
@@ -52,35 +53,6 @@ constexpr int inboxPullsEach = 20;
 /// finger give (2,500), so that a list that keeps up here keeps up with any real fling.
 constexpr qreal flingVelocity = 10000;
 const QString token = QStringLiteral("b3nch");
-
-/// `repositories` repositories of `pullsEach` open pull requests each, all updated at different
-/// times, as the Gitea simulation reads them.
-QByteArray inboxSeed(int repositories, int pullsEach)
-{
-    QJsonArray repos;
-    for (int r = 1; r <= repositories; ++r) {
-        QJsonArray pulls;
-        for (int n = 1; n <= pullsEach; ++n) {
-            const QString time = QDateTime(QDate(2024, 1, 1), QTime(0, 0), Qt::UTC)
-                                     .addSecs(r * 3600 + n * 60)
-                                     .toString(Qt::ISODate);
-            pulls.append(QJsonObject{
-                {"user", "ann"},
-                {"title", QStringLiteral("Change %1 of repository %2").arg(n).arg(r)},
-                {"body", QStringLiteral("Why this change is needed, in a paragraph or two.")},
-                {"head", QStringLiteral("change-%1").arg(n)},
-                {"created_at", time},
-                {"updated_at", time}});
-        }
-        repos.append(QJsonObject{{"owner", "ann"},
-                                 {"name", QStringLiteral("repo-%1").arg(r, 3, 10, QChar(u'0'))},
-                                 {"pulls", pulls}});
-    }
-    return QJsonDocument(QJsonObject{{"users", QJsonArray{QJsonObject{{"login", "ann"}}}},
-                                     {"tokens", QJsonObject{{token, "ann"}}},
-                                     {"repositories", repos}})
-        .toJson(QJsonDocument::Compact);
-}
 
 /// A unified diff of many files with ~50-byte lines, `targetBytes` long; the file
 /// "middle/file.go" sits in the middle.
@@ -183,7 +155,8 @@ public:
             &m_context,
             [this, &diff, &log] {
                 m_server = new FakeGiteaServer();
-                m_simulation = new GiteaSimulation(inboxSeed(inboxRepositories, inboxPullsEach));
+                m_simulation = new GiteaSimulation(
+                    fixtures::largeInstanceSeed(inboxRepositories, inboxPullsEach, token));
                 m_simulation->install(m_server);
                 // Routes added later win over the simulation's.
                 m_server->route("GET", QStringLiteral("/api/v1/repos/o/r/pulls/1.diff"),

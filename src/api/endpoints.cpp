@@ -4,6 +4,7 @@
 #include "giteaclient.h"
 #include "paging_p.h"
 #include "requestcore_p.h"
+#include "workerthread.h"
 
 #include <QCoroFuture>
 #include <QFuture>
@@ -158,16 +159,10 @@ QCoro::Task<T> fetch(GiteaClient client, QString path, std::optional<QueryItems>
 /// Texts from this size on are decoded on textDecoder().
 constexpr qsizetype decodeAsideFromBytes = 1 << 20;
 
-/// The one thread that decodes large texts. Not Qt's global pool: the raster paint engine splits
-/// large fills over that pool and waits for them on the main thread.
+/// The one thread that decodes large texts.
 QThreadPool &textDecoder()
 {
-    static QThreadPool pool;
-    static const bool configured = [] {
-        pool.setMaxThreadCount(1);
-        return true;
-    }();
-    Q_UNUSED(configured);
+    static WorkerThread pool;
     return pool;
 }
 

@@ -4,8 +4,8 @@
 
 namespace kestrine {
 
-GiteaClient::GiteaClient(QUrl instanceURL, QString token, HttpSession *session,
-                         LogSink *log, std::chrono::milliseconds timeout)
+GiteaClient::GiteaClient(QUrl instanceURL, QString token, HttpSession *session, LogSink *log,
+                         std::chrono::milliseconds timeout)
     : m_instanceURL(std::move(instanceURL))
     , m_token(std::move(token))
     , m_session(session)

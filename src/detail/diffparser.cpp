@@ -1,5 +1,7 @@
 #include "diffparser.h"
 
+#include "workerthread.h"
+
 #include <QThreadPool>
 #include <QtConcurrent/QtConcurrentRun>
 #include <algorithm>
@@ -105,12 +107,7 @@ QFuture<ParsedDiff> parseFileDiffInBackground(QString diff, QString filename)
 QThreadPool *diffSplittingThread()
 {
     // Waits for a split under way when the program ends.
-    static QThreadPool pool;
-    static const bool configured = [] {
-        pool.setMaxThreadCount(1);
-        return true;
-    }();
-    Q_UNUSED(configured);
+    static WorkerThread pool;
     return &pool;
 }
 

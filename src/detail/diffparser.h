@@ -94,9 +94,7 @@ ParsedDiff parseFileDiff(const QString &diff, QStringView filename);
 /// free either). The lines are the same as parseFileDiff() gives.
 QFuture<ParsedDiff> parseFileDiffInBackground(QString diff, QString filename);
 
-/// The one worker thread that parseFileDiffInBackground() uses. It is not Qt's global thread
-/// pool: the raster paint engine of Qt 6.4 splits large fills over that pool and waits for them
-/// on the main thread, so long work there would hold up drawing.
+/// The one worker thread (a WorkerThread) that parseFileDiffInBackground() uses.
 QThreadPool *diffSplittingThread();
 
 } // namespace kestrine

@@ -1,6 +1,7 @@
 #include "inboxcache.h"
 
 #include "cachedirectory.h"
+#include "workerthread.h"
 
 #include <QFile>
 #include <QThreadPool>
@@ -47,12 +48,7 @@ QThreadPool *InboxCache::writerThread()
 {
     // One thread, so that two writes never interleave and the later one asked for lands last. It
     // waits for a write under way when the program ends.
-    static QThreadPool pool;
-    static const bool configured = [] {
-        pool.setMaxThreadCount(1);
-        return true;
-    }();
-    Q_UNUSED(configured);
+    static WorkerThread pool;
     return &pool;
 }
 

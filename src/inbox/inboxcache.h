@@ -37,9 +37,7 @@ public:
     /// for, so the file ends up holding the rows of the last one. The future finishes when the
     /// file is written, or failed to be.
     QFuture<void> writeInBackground(QList<PRRow> rows) const;
-    /// The one worker thread of writeInBackground(). It is not Qt's global thread pool: the
-    /// raster paint engine of Qt 6.4 splits large fills over that pool and waits for them on the
-    /// main thread, so long work there would hold up drawing.
+    /// The one worker thread (a WorkerThread) of writeInBackground().
     static QThreadPool *writerThread();
 
 private:

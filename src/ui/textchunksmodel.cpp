@@ -1,5 +1,7 @@
 #include "textchunksmodel.h"
 
+#include "workerthread.h"
+
 #include <QFutureWatcher>
 #include <QThreadPool>
 #include <QtConcurrent/QtConcurrentRun>
@@ -77,12 +79,7 @@ void TextChunksModel::split()
 QThreadPool *TextChunksModel::splittingThread()
 {
     // Waits for a split under way when the program ends.
-    static QThreadPool pool;
-    static const bool configured = [] {
-        pool.setMaxThreadCount(1);
-        return true;
-    }();
-    Q_UNUSED(configured);
+    static WorkerThread pool;
     return &pool;
 }
 

@@ -60,9 +60,7 @@ public:
     /// Where each piece of `text` starts, at most `linesPerChunk` lines a piece; none for an
     /// empty text.
     static QList<qsizetype> pieceStarts(const QString &text, int linesPerChunk);
-    /// The one worker thread long texts are cut on. It is not Qt's global thread pool: the raster
-    /// paint engine of Qt 6.4 splits large fills over that pool and waits for them on the main
-    /// thread, so long work there would hold up drawing.
+    /// The one worker thread (a WorkerThread) long texts are cut on.
     static QThreadPool *splittingThread();
 
 signals:

@@ -36,4 +36,31 @@ QByteArray pullRequestList(int count)
     return QJsonDocument(list).toJson(QJsonDocument::Compact);
 }
 
+QByteArray largeInstanceSeed(int repositories, int pullsEach, const QString &token)
+{
+    QJsonArray repos;
+    for (int r = 1; r <= repositories; ++r) {
+        QJsonArray pulls;
+        for (int n = 1; n <= pullsEach; ++n) {
+            const QString time = QDateTime(QDate(2024, 1, 1), QTime(0, 0), Qt::UTC)
+                                     .addSecs(r * 3600 + n * 60)
+                                     .toString(Qt::ISODate);
+            pulls.append(QJsonObject{
+                {"user", "ann"},
+                {"title", QStringLiteral("Change %1 of repository %2").arg(n).arg(r)},
+                {"body", QStringLiteral("Why this change is needed, in a paragraph or two.")},
+                {"head", QStringLiteral("change-%1").arg(n)},
+                {"created_at", time},
+                {"updated_at", time}});
+        }
+        repos.append(QJsonObject{{"owner", "ann"},
+                                 {"name", QStringLiteral("repo-%1").arg(r, 3, 10, QChar(u'0'))},
+                                 {"pulls", pulls}});
+    }
+    return QJsonDocument(QJsonObject{{"users", QJsonArray{QJsonObject{{"login", "ann"}}}},
+                                     {"tokens", QJsonObject{{token, "ann"}}},
+                                     {"repositories", repos}})
+        .toJson(QJsonDocument::Compact);
+}
+
 } // namespace kestrine::fixtures

@@ -13,4 +13,9 @@ QByteArray read(const QString &relativePath);
 /// with its own id, number, title, update time and draft flag.
 QByteArray pullRequestList(int count);
 
+/// A Gitea simulation seed of a large instance: user "ann", holding `token`, owns `repositories`
+/// repositories ("repo-001", ...) of `pullsEach` open pull requests each, all updated at
+/// different times.
+QByteArray largeInstanceSeed(int repositories, int pullsEach, const QString &token);
+
 } // namespace kestrine::fixtures
