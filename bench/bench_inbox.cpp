@@ -14,12 +14,11 @@
 // connections opened in the three loads. For HTTPS both come from nginx's access log, for plain
 // HTTP the connections are the server's count.
 
-#include "fakegiteaserver.h"
 #include "fixtures.h"
 #include "giteaclient.h"
-#include "giteasimulation.h"
 #include "inboxviewmodel.h"
 #include "settingsstore.h"
+#include "simulationthread.h"
 #include "storagemode.h"
 #include "tlsproxy.h"
 
@@ -30,14 +29,13 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QStringList>
-#include <QThread>
 #include <algorithm>
 #include <cstdio>
 #include <ctime>
 #include <optional>
-#include <pthread.h>
 
 using namespace kestrine;
+using kestrine::testing::SimulationThread;
 using kestrine::testing::TlsProxy;
 using kestrine::testing::TrustedInProcess;
 
@@ -81,62 +79,6 @@ double cpuSeconds(clockid_t clock)
     return double(time.tv_sec) + double(time.tv_nsec) / 1e9;
 }
 
-/// The simulation on a thread of its own.
-class ServerThread
-{
-public:
-    explicit ServerThread(const Case &c)
-    {
-        m_context.moveToThread(&m_thread);
-        m_thread.start();
-        QMetaObject::invokeMethod(
-            &m_context,
-            [this, c] {
-                m_server = new FakeGiteaServer();
-                m_simulation = new GiteaSimulation(
-                    fixtures::largeInstanceSeed(c.repositories, c.pullsEach, token));
-                m_simulation->install(m_server);
-                m_server->setAnswerDelay(std::chrono::milliseconds(c.delayMs));
-                m_server->listen();
-                m_url = m_server->baseUrl().toString();
-                pthread_getcpuclockid(pthread_self(), &m_clock);
-            },
-            Qt::BlockingQueuedConnection);
-    }
-
-    ~ServerThread()
-    {
-        QMetaObject::invokeMethod(
-            &m_context,
-            [this] {
-                delete m_simulation;
-                delete m_server;
-            },
-            Qt::BlockingQueuedConnection);
-        m_thread.quit();
-        m_thread.wait();
-    }
-
-    QString url() const { return m_url; }
-    double cpuSeconds() const { return ::cpuSeconds(m_clock); }
-    int connections()
-    {
-        int count = 0;
-        QMetaObject::invokeMethod(
-            &m_context, [this, &count] { count = m_server->connectionCount(); },
-            Qt::BlockingQueuedConnection);
-        return count;
-    }
-
-private:
-    QThread m_thread;
-    QObject m_context;
-    FakeGiteaServer *m_server = nullptr;
-    GiteaSimulation *m_simulation = nullptr;
-    QString m_url;
-    clockid_t m_clock = CLOCK_THREAD_CPUTIME_ID;
-};
-
 qint64 median(QList<qint64> values)
 {
     std::sort(values.begin(), values.end());
@@ -146,7 +88,8 @@ qint64 median(QList<qint64> values)
 /// The loads of one case, its figures printed as one line; false when it could not run.
 bool run(const Case &c)
 {
-    ServerThread server(c);
+    SimulationThread server(fixtures::largeInstanceSeed(c.repositories, c.pullsEach, token),
+                            std::chrono::milliseconds(c.delayMs));
     std::optional<TlsProxy> proxy;
     std::optional<TrustedInProcess> trusted;
     QString instance = server.url();

@@ -18,8 +18,8 @@
 #include "demoinstance.h"
 #include "fakegiteaserver.h"
 #include "fixtures.h"
-#include "giteasimulation.h"
 #include "settingsstore.h"
+#include "simulationthread.h"
 #include "storagemode.h"
 
 #include <QElapsedTimer>
@@ -32,7 +32,6 @@
 #include <QQuickItem>
 #include <QQuickStyle>
 #include <QQuickWindow>
-#include <QThread>
 #include <QTimer>
 #include <QtQml/qqmlextensionplugin.h>
 #include <algorithm>
@@ -42,6 +41,7 @@
 Q_IMPORT_QML_PLUGIN(KestrinePlugin)
 
 using namespace kestrine;
+using kestrine::testing::SimulationThread;
 
 namespace {
 
@@ -140,57 +140,6 @@ private:
     qint64 m_last = 0;
     qint64 m_longest = 0;
     qint64 m_blocked = 0;
-};
-
-/// The fake Gitea on a thread of its own: the inbox's simulation, and the large diff and log of
-/// pull request o/r#1 and its job 1.
-class ServerThread
-{
-public:
-    ServerThread(const QByteArray &diff, const QByteArray &log)
-    {
-        m_context.moveToThread(&m_thread);
-        m_thread.start();
-        QMetaObject::invokeMethod(
-            &m_context,
-            [this, &diff, &log] {
-                m_server = new FakeGiteaServer();
-                m_simulation = new GiteaSimulation(
-                    fixtures::largeInstanceSeed(inboxRepositories, inboxPullsEach, token));
-                m_simulation->install(m_server);
-                // Routes added later win over the simulation's.
-                m_server->route("GET", QStringLiteral("/api/v1/repos/o/r/pulls/1.diff"),
-                                FakeResponse::text(diff));
-                m_server->route("GET", QStringLiteral("/api/v1/repos/o/r/actions/jobs/1/logs"),
-                                FakeResponse::text(log));
-                if (m_server->listen())
-                    m_url = m_server->baseUrl().toString();
-            },
-            Qt::BlockingQueuedConnection);
-    }
-
-    ~ServerThread()
-    {
-        QMetaObject::invokeMethod(
-            &m_context,
-            [this] {
-                delete m_simulation;
-                delete m_server;
-            },
-            Qt::BlockingQueuedConnection);
-        m_thread.quit();
-        m_thread.wait();
-    }
-
-    /// Empty when the server could not listen.
-    QString url() const { return m_url; }
-
-private:
-    QThread m_thread;
-    QObject m_context;
-    FakeGiteaServer *m_server = nullptr;
-    GiteaSimulation *m_simulation = nullptr;
-    QString m_url;
 };
 
 bool waitUntil(const std::function<bool()> &done, int timeoutMs = 60000)
@@ -433,7 +382,17 @@ int main(int argc, char *argv[])
     QQuickStyle::setStyle(QStringLiteral("Material"));
     Storage::useEphemeral();
 
-    const ServerThread server(largeDiff(diffBytes), largeLog(logBytes));
+    // The inbox's simulation, and the large diff and log of pull request o/r#1 and its job 1.
+    const QByteArray diff = largeDiff(diffBytes);
+    const QByteArray log = largeLog(logBytes);
+    const SimulationThread server(
+        fixtures::largeInstanceSeed(inboxRepositories, inboxPullsEach, token),
+        std::chrono::milliseconds(0), [&diff, &log](FakeGiteaServer &routes) {
+            routes.route("GET", QStringLiteral("/api/v1/repos/o/r/pulls/1.diff"),
+                         FakeResponse::text(diff));
+            routes.route("GET", QStringLiteral("/api/v1/repos/o/r/actions/jobs/1/logs"),
+                         FakeResponse::text(log));
+        });
     if (server.url().isEmpty())
         return 1;
     SettingsStore::shared()->setInstanceURL(server.url());
