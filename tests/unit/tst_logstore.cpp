@@ -13,6 +13,7 @@
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QtTest>
+#include <csignal>
 #include <memory>
 #include <sys/stat.h>
 
@@ -722,6 +723,35 @@ private slots:
         shared->flush();
         LogStore reloaded;
         QCOMPARE(reloaded.entries().constLast().message, QStringLiteral("shared line"));
+    }
+
+    // Last, as it ends the application's event loop: what the app does when systemd or the end of
+    // the session stops it. The loop ends as through the window's close, and on the way out the
+    // log writes the lines its write delay still held.
+    void sigtermEndsTheEventLoopWithEveryLineWritten()
+    {
+        LogStore store;
+        store.log(LogLevel::Info, QStringLiteral("the last line before the stop"));
+        QVERIFY(store.hasUnwrittenLines());
+        bool reacted = false;
+        onTerminationSignal([&reacted] {
+            reacted = true;
+            QCoreApplication::quit();
+        });
+        QTimer::singleShot(0, [] { ::raise(SIGTERM); });
+        QElapsedTimer stopped;
+        stopped.start();
+        QCoreApplication::exec();
+
+        QVERIFY(reacted);
+        // Written on the way out, not by the write delay's timer.
+        QVERIFY(stopped.elapsed() < LogStore::writeDelay.count());
+        QVERIFY(!store.hasUnwrittenLines());
+        const auto onDisk = storedBytesInFile();
+        QVERIFY(onDisk);
+        const QJsonArray array = QJsonDocument::fromJson(*onDisk).array();
+        QCOMPARE(array.last().toObject().value(QStringLiteral("m")).toString(),
+                 QStringLiteral("the last line before the stop"));
     }
 };
 
