@@ -90,6 +90,9 @@ private slots:
         settings->setToken(QStringLiteral("t0ken"));
         settings->setMonitoredRepos({});
         settings->setNotificationsEnabled(false);
+        // A load an earlier test left running may still be writing its rows: let it land first,
+        // so that it cannot bring the file back.
+        InboxCache::writerThread()->waitForDone();
         QFile::remove(InboxCache().filePath());
     }
 

@@ -143,6 +143,9 @@ private slots:
         settings->setMonitoredRepos({});
         settings->setNotificationsEnabled(false);
         cachePath = InboxCache().filePath();
+        // A load an earlier test left running may still be writing its rows: let it land first,
+        // so that it cannot bring the file back.
+        InboxCache::writerThread()->waitForDone();
         QFile::remove(cachePath);
         logStart = LogStore::shared()->count();
         NotificationPass::install(nullptr);
