@@ -9,10 +9,9 @@
 #include <QCoroFuture>
 #include <QFuture>
 #include <QJsonDocument>
-#include <QPromise>
 #include <QStringDecoder>
 #include <QThreadPool>
-#include <memory>
+#include <QtConcurrent/QtConcurrentRun>
 #include <optional>
 
 namespace kestrine {
@@ -125,12 +124,13 @@ QString encodedBranch(const QString &branch)
         QUrl::toPercentEncoding(branch, QByteArrayLiteral("!$&'()*+,;=:@/")));
 }
 
-QString utf8Text(const QByteArray &bytes)
+/// `bytes` as UTF-8 text; nothing when they are not UTF-8.
+std::optional<QString> utf8Text(const QByteArray &bytes)
 {
     QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
     QString text = decoder(bytes);
     if (decoder.hasError())
-        throw APIError::invalidResponse();
+        return std::nullopt;
     return text;
 }
 
@@ -156,7 +156,8 @@ QCoro::Task<T> fetch(GiteaClient client, QString path, std::optional<QueryItems>
     co_return co_await http::get<T>(std::move(client), std::move(path), std::move(query));
 }
 
-/// Texts from this size on are decoded on textDecoder().
+/// Texts from this size on are decoded on textDecoder(): a 20 MB diff takes 20 ms to decode,
+/// more than a frame of the screen waiting for it.
 constexpr qsizetype decodeAsideFromBytes = 1 << 20;
 
 /// The one thread that decodes large texts.
@@ -166,31 +167,18 @@ QThreadPool &textDecoder()
     return pool;
 }
 
-/// utf8Text() of a large body on textDecoder(): a 20 MB diff takes 20 ms to decode, more than a
-/// frame of the screen waiting for it. Nothing when the bytes are not UTF-8.
-QFuture<std::optional<QString>> utf8TextAside(QByteArray bytes)
-{
-    auto promise = std::make_shared<QPromise<std::optional<QString>>>();
-    QFuture<std::optional<QString>> future = promise->future();
-    promise->start();
-    textDecoder().start([bytes = std::move(bytes), promise] {
-        try {
-            promise->addResult(utf8Text(bytes));
-        } catch (const APIError &) {
-            promise->addResult(std::nullopt);
-        }
-        promise->finish();
-    });
-    return future;
-}
-
+/// The body as text; a body that is not UTF-8 is an invalid response.
 QCoro::Task<QString> fetchText(GiteaClient client, QString path)
 {
     QByteArray bytes = co_await http::request(std::move(client), std::move(path), "GET");
-    if (bytes.size() < decodeAsideFromBytes)
-        co_return utf8Text(bytes);
-    QFuture<std::optional<QString>> decoding = utf8TextAside(std::move(bytes));
-    std::optional<QString> text = co_await decoding;
+    std::optional<QString> text;
+    if (bytes.size() < decodeAsideFromBytes) {
+        text = utf8Text(bytes);
+    } else {
+        QFuture<std::optional<QString>> decoding =
+            QtConcurrent::run(&textDecoder(), &utf8Text, std::move(bytes));
+        text = co_await decoding;
+    }
     if (!text)
         throw APIError::invalidResponse();
     co_return std::move(*text);
