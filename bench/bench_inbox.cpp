@@ -12,7 +12,8 @@
 // ratio, the client's processor time (this process minus the server's thread; nginx is a process
 // of its own), the rows shown, the protocol the requests really went over and the client
 // connections opened in the three loads. For HTTPS both come from nginx's access log, for plain
-// HTTP the connections are the server's count.
+// HTTP the connections are the server's count. Arguments, if any, pick the cases whose line
+// contains each of them.
 
 #include "fixtures.h"
 #include "giteaclient.h"
@@ -70,6 +71,13 @@ const char *transportName(Transport transport)
         return "https, nginx h2";
     }
     return "";
+}
+
+/// "200 repos x 20 PRs, 50 ms/request, https, nginx h2": what a case's line starts with.
+QString caseLabel(const Case &c)
+{
+    return QString::asprintf("%4d repos x %2d PRs, %2d ms/request, %-15s", c.repositories,
+                             c.pullsEach, c.delayMs, transportName(c.transport));
 }
 
 double cpuSeconds(clockid_t clock)
@@ -141,11 +149,9 @@ bool run(const Case &c)
     } else {
         connections = server.connections();
     }
-    std::printf("%4d repos x %2d PRs, %2d ms/request, %-15s %-8s: load %5lld ms, bound %4lld ms, "
-                "%5.1f x bound; client CPU %4.0f ms a load; %5d rows; %3d connections in %d "
-                "loads\n",
-                c.repositories, c.pullsEach, c.delayMs, transportName(c.transport),
-                qPrintable(protocol), static_cast<long long>(loadMs),
+    std::printf("%s %-8s: load %5lld ms, bound %4lld ms, %5.1f x bound; client CPU %4.0f ms a "
+                "load; %5d rows; %3d connections in %d loads\n",
+                qPrintable(caseLabel(c)), qPrintable(protocol), static_cast<long long>(loadMs),
                 static_cast<long long>(boundMs),
                 boundMs > 0 ? double(loadMs) / double(boundMs) : 0.0, clientCpu * 1000 / loads,
                 rows, connections, loads);
@@ -172,9 +178,16 @@ int main(int argc, char *argv[])
         {500, 20, 50, Transport::TlsHttp2}, {200, 20, 0, Transport::Plain},
         {200, 20, 0, Transport::TlsHttp2},
     };
+    // Any arguments pick the cases whose line contains each of them ("500 repos" "h2"), for
+    // profiling one case at a time.
+    const QStringList wanted = application.arguments().mid(1);
     bool allRan = true;
-    for (const Case &c : cases)
-        allRan = run(c) && allRan;
+    for (const Case &c : cases) {
+        const QString label = caseLabel(c);
+        if (std::all_of(wanted.begin(), wanted.end(),
+                        [&](const QString &part) { return label.contains(part); }))
+            allRan = run(c) && allRan;
+    }
     // Qt 6.4 closes the TLS connections a session still holds from its network thread as that
     // thread ends, and looks up the TLS backend on the way, which fails with a warning once the
     // application object is gone: the session goes first.
