@@ -49,6 +49,8 @@ enum class DateEncoding {
 template <class Record, class Member>
 struct Field
 {
+    using MemberType = Member;
+
     const char *key;
     Member Record::*member;
 };
@@ -285,11 +287,19 @@ void writeValue(QByteArray &out, const T &value, DateEncoding dates)
 QJsonValue parseDocument(const QByteArray &bytes);
 
 } // namespace jsondetail
+} // namespace kestrine
 
-/// Decodes `bytes` (a JSON document) as `T`: a record or a list. Throws DecodeError.
+#include "jsonreader_p.h"
+
+namespace kestrine {
+
+/// Decodes `bytes` (a JSON document) as `T`: a record or a list. Throws DecodeError. The plain
+/// case is read by the quick reader, everything else through Qt's parser; both give the same.
 template <class T>
 T decodeJson(const QByteArray &bytes)
 {
+    if (std::optional<T> quick = jsondetail::tryReadJson<T>(bytes))
+        return std::move(*quick);
     const jsondetail::CodingPath root;
     return jsondetail::decodeValue<T>(jsondetail::parseDocument(bytes), root);
 }

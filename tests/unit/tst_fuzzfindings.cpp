@@ -73,6 +73,25 @@ private slots:
             QCOMPARE(reloaded[i].message, loaded[i].message);
         }
     }
+
+    // fuzz_records: the quick JSON reader multiplied a number of 70 digits out before finding it
+    // too long for the plain case, overflowing a signed integer on the way (undefined behaviour
+    // that the sanitizers stop at). It now counts the digits first, and the number fails to decode
+    // as an integer as it always did.
+    void integerOfSeventyDigitsIsLeftToQtWithoutOverflowing()
+    {
+        const QByteArray json =
+            "[{\"additions\":1,\"changes\":2,\"deletions\":" + QByteArray(69, '1') +
+            "6,\"filename\":\"a.go\",\"status\":\"modified\"}]";
+        QVERIFY(!jsondetail::tryReadJson<QList<ChangedFile>>(json));
+        try {
+            decodeJson<QList<ChangedFile>>(json);
+            QFAIL("a number beyond 64 bits was taken as an integer");
+        } catch (const DecodeError &error) {
+            QCOMPARE(error.description(),
+                     QStringLiteral("Expected an integer at [0].deletions but found a number."));
+        }
+    }
 };
 
 QTEST_GUILESS_MAIN(TestFuzzFindings)
