@@ -304,6 +304,25 @@ T decodeJson(const QByteArray &bytes)
     return jsondetail::decodeValue<T>(jsondetail::parseDocument(bytes), root);
 }
 
+/// decodeJson(bytes), or nothing where it would throw: for callers that need no reason, which are
+/// then spared Qt's parser on a text the quick reader already knows the decoder refuses.
+template <class T>
+std::optional<T> tryDecodeJson(const QByteArray &bytes)
+{
+    using Outcome = typename jsondetail::QuickReading<T>::Outcome;
+    jsondetail::QuickReading<T> quick = jsondetail::readQuickly<T>(bytes);
+    if (quick.outcome == Outcome::Read)
+        return std::move(quick.value);
+    if (quick.outcome == Outcome::Refused)
+        return std::nullopt;
+    try {
+        const jsondetail::CodingPath root;
+        return jsondetail::decodeValue<T>(jsondetail::parseDocument(bytes), root);
+    } catch (const DecodeError &) {
+        return std::nullopt;
+    }
+}
+
 /// Decodes an already parsed JSON value as `T`. Throws DecodeError.
 template <class T>
 T decodeJson(const QJsonValue &value)

@@ -76,7 +76,7 @@ int utf8SequenceLength(const unsigned char *at, const unsigned char *end)
 
 } // namespace
 
-char JsonCursor::next()
+char JsonCursor::peek()
 {
     skipWhitespace();
     return m_next == m_end ? '\0' : *m_next;
@@ -91,14 +91,14 @@ void JsonCursor::skipWhitespace()
 
 void JsonCursor::take(char token)
 {
-    if (next() != token)
+    if (peek() != token)
         throw NotThePlainCase{};
     ++m_next;
 }
 
 bool JsonCursor::takeIf(char token)
 {
-    if (next() != token)
+    if (peek() != token)
         return false;
     ++m_next;
     return true;
@@ -106,7 +106,7 @@ bool JsonCursor::takeIf(char token)
 
 bool JsonCursor::takeNull()
 {
-    if (next() != 'n')
+    if (peek() != 'n')
         return false;
     takeWord("null");
     return true;
@@ -253,7 +253,7 @@ QString JsonCursor::string()
 
 bool JsonCursor::boolean()
 {
-    switch (next()) {
+    switch (peek()) {
     case 't':
         takeWord("true");
         return true;
@@ -267,7 +267,7 @@ bool JsonCursor::boolean()
 
 qint64 JsonCursor::integer()
 {
-    const bool negative = next() == '-';
+    const bool negative = peek() == '-';
     if (negative)
         ++m_next;
     const char *const digits = m_next;
@@ -315,7 +315,7 @@ void JsonCursor::skipNumber()
 void JsonCursor::skipValue()
 {
     bool hasEscapes = false;
-    switch (next()) {
+    switch (peek()) {
     case '{':
         ++m_next;
         enter();

@@ -8,10 +8,11 @@
 // their keys and checks the rest only for being well-formed JSON.
 //
 // It takes only the plain case. Anything else (text that is not strictly valid JSON, a duplicate
-// key, a number that is not a plain integer, a type the field does not take, a missing key, a
-// string with an unpaired surrogate) makes it give up, and decodeJson() then decodes through Qt's
-// parser, which either gives the same record or the exact error it always gave. So this reader
-// only ever needs to be stricter than Qt, never as lenient.
+// key, a number that is not a plain integer, a string with an unpaired surrogate) makes it give
+// up, and decodeJson() then decodes through Qt's parser, which either gives the same record or the
+// exact error it always gave. So this reader only ever needs to be stricter than Qt, never as
+// lenient. Well-formed text that the decoder certainly refuses (a value of the wrong type, a
+// missing key) is read to its end and reported as refused, for callers that need no reason.
 
 #include <QByteArrayView>
 #include <cstddef>
@@ -32,6 +33,8 @@ public:
         , m_end(end)
     {}
 
+    /// The first character of the next value (after whitespace), or '\0' at the end.
+    char peek();
     /// Skips whitespace and takes `token`; gives up on anything else.
     void take(char token);
     /// Skips whitespace and takes `token` when it is next.
@@ -48,12 +51,22 @@ public:
     /// Only whitespace may remain.
     void finish();
 
+    /// The value here is well-formed but not what the decoder takes for the field: reading goes
+    /// on past it, so that the whole text is known to be well-formed, and the outcome is refusal.
+    void refuseValue()
+    {
+        m_refused = true;
+        skipValue();
+    }
+    /// Marks the text as one the decoder refuses, for a reason found outside a value.
+    void refuse() { m_refused = true; }
+    bool refused() const { return m_refused; }
+
     /// Nesting guard: entered before an object or array is read, left after it.
     void enter();
     void leave() { --m_depth; }
 
 private:
-    char next();
     void skipWhitespace();
     /// The raw bytes of a string's content up to its closing quote, with `hasEscapes` set when
     /// a backslash occurs. Validates the UTF-8 and rejects control characters.
@@ -64,6 +77,7 @@ private:
     const char *m_next;
     const char *m_end;
     int m_depth = 0;
+    bool m_refused = false;
 };
 
 template <class T>
@@ -133,24 +147,35 @@ void readRecordInto(JsonCursor &cursor, T &record)
     cursor.leave();
     constexpr quint64 required = requiredFieldsMask<T>(indices);
     if ((seen & required) != required)
-        throw NotThePlainCase{};
+        cursor.refuse();
 }
 
 template <class T>
 void readInto(JsonCursor &cursor, T &value)
 {
+    const char first = cursor.peek();
     if constexpr (std::is_same_v<T, bool>) {
+        if (first != 't' && first != 'f')
+            return cursor.refuseValue();
         value = cursor.boolean();
     } else if constexpr (std::is_same_v<T, qint64>) {
+        if (first != '-' && (first < '0' || first > '9'))
+            return cursor.refuseValue();
         value = cursor.integer();
     } else if constexpr (std::is_same_v<T, QString>) {
+        if (first != '"')
+            return cursor.refuseValue();
         value = cursor.string();
     } else if constexpr (std::is_same_v<T, QDateTime>) {
+        if (first != '"')
+            return cursor.refuseValue();
         const std::optional<QDateTime> instant = InternetDate::parseEither(cursor.string());
         if (!instant)
-            throw NotThePlainCase{};
+            return cursor.refuse();
         value = *instant;
     } else if constexpr (ListTraits<T>::value) {
+        if (first != '[')
+            return cursor.refuseValue();
         cursor.take('[');
         cursor.enter();
         if (!cursor.takeIf(']')) {
@@ -161,6 +186,8 @@ void readInto(JsonCursor &cursor, T &value)
         }
         cursor.leave();
     } else if constexpr (JsonRecord<T>) {
+        if (first != '{')
+            return cursor.refuseValue();
         readRecordInto(cursor, value);
     } else {
         static_assert(sizeof(T) == 0, "no JSON mapping for this type");
@@ -170,21 +197,50 @@ void readInto(JsonCursor &cursor, T &value)
 /// The larger documents are left to Qt's parser and its limits; no answer the app reads is near.
 inline constexpr qsizetype largestQuickRead = 16 * 1024 * 1024;
 
-/// `bytes` read as `T` the quick way, or nothing when they are not the plain case.
+/// What the quick reader made of a text.
+template <class T>
+struct QuickReading
+{
+    enum class Outcome {
+        /// `value` is what decoding through Qt's parser gives.
+        Read,
+        /// The text is well-formed JSON that the decoder certainly refuses (a value of the wrong
+        /// type, a missing required key, an undecodable date); Qt's parser would say which
+        /// reason it meets first.
+        Refused,
+        /// Not the plain case: only Qt's parser can tell.
+        GaveUp,
+    };
+    Outcome outcome = Outcome::GaveUp;
+    T value{};
+};
+
+template <class T>
+QuickReading<T> readQuickly(const QByteArray &bytes)
+{
+    using Outcome = typename QuickReading<T>::Outcome;
+    if (bytes.size() > largestQuickRead)
+        return {};
+    try {
+        JsonCursor cursor(bytes.constBegin(), bytes.constEnd());
+        QuickReading<T> reading;
+        readInto(cursor, reading.value);
+        cursor.finish();
+        reading.outcome = cursor.refused() ? Outcome::Refused : Outcome::Read;
+        return reading;
+    } catch (const NotThePlainCase &) {
+        return {};
+    }
+}
+
+/// `bytes` read as `T` the quick way, or nothing when the reader could not read them.
 template <class T>
 std::optional<T> tryReadJson(const QByteArray &bytes)
 {
-    if (bytes.size() > largestQuickRead)
+    QuickReading<T> reading = readQuickly<T>(bytes);
+    if (reading.outcome != QuickReading<T>::Outcome::Read)
         return std::nullopt;
-    try {
-        JsonCursor cursor(bytes.constBegin(), bytes.constEnd());
-        T value{};
-        readInto(cursor, value);
-        cursor.finish();
-        return value;
-    } catch (const NotThePlainCase &) {
-        return std::nullopt;
-    }
+    return std::move(reading.value);
 }
 
 } // namespace kestrine::jsondetail
