@@ -30,6 +30,7 @@
 #include <QtTest>
 
 using namespace kestrine;
+using kestrine::testing::failureOf;
 using kestrine::testing::Outcome;
 using kestrine::testing::readFile;
 using kestrine::testing::runToEnd;
@@ -65,13 +66,6 @@ public:
     }
     QStringList lines;
 };
-
-/// What went wrong, for a failure message; empty when nothing did.
-template <class T>
-QByteArray failureOf(const Outcome<T> &outcome)
-{
-    return outcome.error ? errorDescription(outcome.error).toUtf8() : QByteArray();
-}
 
 /// The peak resident memory of this process in kilobytes since the last resetPeakMemory().
 qint64 peakMemoryKilobytes()

@@ -19,6 +19,7 @@
 #include <memory>
 
 using namespace kestrine;
+using kestrine::testing::failureOf;
 using kestrine::testing::Outcome;
 using kestrine::testing::RecordingLog;
 using kestrine::testing::runToEnd;
@@ -41,12 +42,6 @@ QByteArray seed()
                                      {"tokens", QJsonObject{{token, "ann"}}},
                                      {"repositories", repositories}})
         .toJson(QJsonDocument::Compact);
-}
-
-template <class T>
-QByteArray failureOf(const Outcome<T> &outcome)
-{
-    return outcome.error ? errorDescription(outcome.error).toUtf8() : QByteArray("none");
 }
 
 bool trustedByDefault(const QSslCertificate &certificate)

@@ -1,5 +1,8 @@
 #pragma once
 
+#include "apierror.h"
+
+#include <QByteArray>
 #include <QCoroTask>
 #include <exception>
 #include <optional>
@@ -28,6 +31,13 @@ struct Outcome
         return std::nullopt;
     }
 };
+
+/// What went wrong, for a test's failure message; "none" when nothing did.
+template <class T>
+QByteArray failureOf(const Outcome<T> &outcome)
+{
+    return outcome.error ? errorDescription(outcome.error).toUtf8() : QByteArray("none");
+}
 
 /// A task without a value either completes or throws.
 struct Completion
