@@ -5,7 +5,7 @@
 //
 //   fuzz_corpus_tool [output directory]     (default: fuzz/corpus of the source tree)
 
-#include "fakegiteaserver.h"
+#include "giteahttpserver.h"
 #include "giteasimulation.h"
 #include "logstore.h"
 #include "notificationstate.h"
@@ -170,7 +170,7 @@ int main(int argc, char **argv)
         std::fprintf(stderr, "seed: %s\n", qPrintable(simulation.loadError()));
         return 1;
     }
-    FakeGiteaServer server;
+    GiteaHttpServer server;
     if (!server.listen())
         return 1;
     simulation.install(&server);

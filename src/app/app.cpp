@@ -96,7 +96,8 @@ bool KestrineApp::startDemo()
         m_error = QStringLiteral("The demo needs private storage, and none could be set up.");
         return false;
     }
-    m_demo = std::make_unique<DemoInstance>();
+    m_demo =
+        std::make_unique<DemoInstance>(m_options.demoServer ? m_options.demoServer() : nullptr);
     if (!m_demo->start()) {
         m_error = m_demo->errorString();
         m_demo.reset();

@@ -3,6 +3,7 @@
 #include <QObject>
 #include <QQmlApplicationEngine>
 #include <QString>
+#include <functional>
 #include <memory>
 
 class QQuickWindow;
@@ -12,6 +13,7 @@ namespace kestrine {
 class AppDelegate;
 class DemoInstance;
 class FreedesktopNotificationCenter;
+class GiteaHttpServer;
 class InProcessScheduler;
 class NotificationService;
 
@@ -21,6 +23,9 @@ struct AppOptions
     /// Run against the built-in demo instance, on private, temporary storage: the user's keychain,
     /// settings, log and caches are neither read nor written.
     bool demo = false;
+    /// Makes the server the demo instance answers on; a plain one when unset. The screenshot tour
+    /// gives one that can hold answers back, to show the screens that wait for the server.
+    std::function<std::unique_ptr<GiteaHttpServer>()> demoServer = nullptr;
 };
 
 /// The app entry: it creates the settings, registers the background task and opens the one window

@@ -54,7 +54,10 @@ QJsonValue shifted(const QJsonValue &value, qint64 seconds)
 const QDateTime DemoInstance::referenceTime =
     QDateTime(QDate(2024, 5, 2), QTime(12, 0), QTimeZone::utc());
 
-DemoInstance::DemoInstance() = default;
+DemoInstance::DemoInstance(std::unique_ptr<GiteaHttpServer> server)
+    : m_server(server ? std::move(server) : std::make_unique<GiteaHttpServer>())
+{}
+
 DemoInstance::~DemoInstance()
 {
     // The simulation's routes live on the server: remove them before the server goes.
@@ -89,18 +92,16 @@ bool DemoInstance::start()
         m_error = QStringLiteral("The demo data cannot be read: ") + simulation->loadError();
         return false;
     }
-    auto server = std::make_unique<FakeGiteaServer>();
-    if (!server->listen()) {
+    if (!m_server->listen()) {
         m_error = QStringLiteral("The demo instance cannot listen on 127.0.0.1.");
         return false;
     }
-    simulation->install(server.get());
+    simulation->install(m_server.get());
 
     // The seed's first token belongs to the demo user.
     const QJsonObject tokens =
         QJsonDocument::fromJson(seedJson).object().value(QStringLiteral("tokens")).toObject();
     m_token = tokens.isEmpty() ? QString() : tokens.constBegin().key();
-    m_server = std::move(server);
     m_simulation = std::move(simulation);
     m_running = true;
     return true;
@@ -108,7 +109,7 @@ bool DemoInstance::start()
 
 QUrl DemoInstance::url() const
 {
-    return m_server ? m_server->baseUrl() : QUrl();
+    return m_running ? m_server->baseUrl() : QUrl();
 }
 
 } // namespace kestrine

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "fakegiteaserver.h"
+#include "giteahttpserver.h"
 #include "giteasimulation.h"
 
 #include <QByteArray>
@@ -24,7 +24,8 @@ public:
     /// The moment the seed's times are written around.
     static const QDateTime referenceTime;
 
-    DemoInstance();
+    /// An instance that answers on `server` once started; on a plain one when none is given.
+    explicit DemoInstance(std::unique_ptr<GiteaHttpServer> server = nullptr);
     ~DemoInstance();
     DemoInstance(const DemoInstance &) = delete;
     DemoInstance &operator=(const DemoInstance &) = delete;
@@ -40,14 +41,14 @@ public:
     /// A token of the demo user, accepted by the instance.
     QString token() const { return m_token; }
 
-    FakeGiteaServer &server() { return *m_server; }
+    GiteaHttpServer &server() { return *m_server; }
     GiteaSimulation *simulation() { return m_simulation.get(); }
 
     /// The compiled-in seed with every time moved so that referenceTime becomes `now`.
     static QByteArray seed(const QDateTime &now);
 
 private:
-    std::unique_ptr<FakeGiteaServer> m_server;
+    std::unique_ptr<GiteaHttpServer> m_server;
     std::unique_ptr<GiteaSimulation> m_simulation;
     QString m_token;
     QString m_error;

@@ -21,22 +21,22 @@ PullRequest *Call::pull() const
     return ok && repo ? repo->pull(number) : nullptr;
 }
 
-FakeResponse Call::answer(const QJsonValue &body, int status) const
+HttpAnswer Call::answer(const QJsonValue &body, int status) const
 {
-    return FakeResponse::json(goJson(body), status);
+    return HttpAnswer::json(goJson(body), status);
 }
 
-FakeResponse Call::error(int status, const QString &message) const
+HttpAnswer Call::error(int status, const QString &message) const
 {
-    return FakeResponse::json(errorBody(message, json.swaggerUrl()), status);
+    return HttpAnswer::json(errorBody(message, json.swaggerUrl()), status);
 }
 
-FakeResponse Call::notFound(const QStringList &errors) const
+HttpAnswer Call::notFound(const QStringList &errors) const
 {
-    return FakeResponse::json(notFoundBody(json.swaggerUrl(), errors), 404);
+    return HttpAnswer::json(notFoundBody(json.swaggerUrl(), errors), 404);
 }
 
-std::variant<QJsonObject, FakeResponse> Call::bind() const
+std::variant<QJsonObject, HttpAnswer> Call::bind() const
 {
     const QByteArray type = request.header("Content-Type");
     if (type.contains("form-urlencoded")) {

@@ -4,7 +4,7 @@
 // GiteaSimulation has already done what Gitea's middleware does before an endpoint runs: the
 // token is checked, the repository is found and readable, sign-in is there where required.
 
-#include "fakegiteaserver.h"
+#include "giteahttpserver.h"
 #include "giteajson.h"
 #include "giteastate.h"
 
@@ -19,7 +19,7 @@ namespace kestrine::sim {
 /// One request on its way through the simulation, with the means to answer it in Gitea's words.
 struct Call
 {
-    const RecordedRequest &request;
+    const HttpRequest &request;
     const RouteParams &params;
     State &state;
     /// The signed-in user; null for an anonymous request.
@@ -36,13 +36,13 @@ struct Call
     /// The pull request that {index} names in this repository, or null.
     PullRequest *pull() const;
 
-    FakeResponse answer(const QJsonValue &body, int status = 200) const;
-    FakeResponse error(int status, const QString &message) const;
-    FakeResponse notFound(const QStringList &errors = {}) const;
+    HttpAnswer answer(const QJsonValue &body, int status = 200) const;
+    HttpAnswer error(int status, const QString &message) const;
+    HttpAnswer notFound(const QStringList &errors = {}) const;
 
     /// The request body as Gitea's form binding reads it: JSON when the Content-Type says so,
     /// form fields for a url-encoded form, otherwise the 422 that Gitea answers.
-    std::variant<QJsonObject, FakeResponse> bind() const;
+    std::variant<QJsonObject, HttpAnswer> bind() const;
 };
 
 /// A body field the way Go's JSON decoder finds it: the exact key first, else one that differs
@@ -53,28 +53,28 @@ QString bodyText(const QJsonObject &body, const QString &key);
 /// A boolean field (a form sends it as "true" or "on").
 bool bodyFlag(const QJsonObject &body, const QString &key);
 
-using Endpoint = FakeResponse (*)(Call &call);
+using Endpoint = HttpAnswer (*)(Call &call);
 
-FakeResponse currentUser(Call &call);
-FakeResponse listMyRepos(Call &call);
-FakeResponse listPulls(Call &call);
-FakeResponse getPull(Call &call);
-FakeResponse pullDiff(Call &call);
-FakeResponse listReviews(Call &call);
-FakeResponse listComments(Call &call);
-FakeResponse listFiles(Call &call);
-FakeResponse listCommits(Call &call);
-FakeResponse listRuns(Call &call);
-FakeResponse listJobs(Call &call);
-FakeResponse jobLogs(Call &call);
+HttpAnswer currentUser(Call &call);
+HttpAnswer listMyRepos(Call &call);
+HttpAnswer listPulls(Call &call);
+HttpAnswer getPull(Call &call);
+HttpAnswer pullDiff(Call &call);
+HttpAnswer listReviews(Call &call);
+HttpAnswer listComments(Call &call);
+HttpAnswer listFiles(Call &call);
+HttpAnswer listCommits(Call &call);
+HttpAnswer listRuns(Call &call);
+HttpAnswer listJobs(Call &call);
+HttpAnswer jobLogs(Call &call);
 
-FakeResponse mergePull(Call &call);
-FakeResponse updatePull(Call &call);
-FakeResponse editPull(Call &call);
-FakeResponse createReview(Call &call);
-FakeResponse createComment(Call &call);
-FakeResponse deleteBranch(Call &call);
-FakeResponse rerunRun(Call &call);
+HttpAnswer mergePull(Call &call);
+HttpAnswer updatePull(Call &call);
+HttpAnswer editPull(Call &call);
+HttpAnswer createReview(Call &call);
+HttpAnswer createComment(Call &call);
+HttpAnswer deleteBranch(Call &call);
+HttpAnswer rerunRun(Call &call);
 
 /// Whether `viewer` may see `review`: a pending one only its author and site admins may.
 bool reviewVisible(const Review &review, const User *viewer);

@@ -3,7 +3,7 @@
 // Gitea's paging of list answers: the `page` and `limit` query parameters, with the server's
 // default and cap, and the "Link" and "X-Total-Count" headers that describe the other pages.
 
-#include "fakegiteaserver.h"
+#include "giteahttpserver.h"
 
 #include <QList>
 #include <QUrlQuery>

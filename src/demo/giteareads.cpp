@@ -25,14 +25,14 @@ HeaderList linkHeaders(const Call &call, qint64 total, const Page &page)
 
 /// A paged list with "Link" and "X-Total-Count", as Gitea sends repositories and pull requests.
 template <class Item, class Render>
-FakeResponse pagedList(const Call &call, const QList<Item> &all, Render render,
-                       bool withPageCounts = false)
+HttpAnswer pagedList(const Call &call, const QList<Item> &all, Render render,
+                     bool withPageCounts = false)
 {
     const Page page = pageOf(call);
     QJsonArray items;
     for (const auto &item : page.of(all))
         items.append(render(item));
-    FakeResponse response = call.answer(items);
+    HttpAnswer response = call.answer(items);
     response.headers = linkHeaders(call, all.size(), page);
     if (withPageCounts)
         addPageCountHeaders(response.headers, all.size(), page);
@@ -71,12 +71,12 @@ QList<const Review *> visibleReviews(const PullRequest &pull, const User *viewer
     return visible;
 }
 
-FakeResponse currentUser(Call &call)
+HttpAnswer currentUser(Call &call)
 {
     return call.answer(call.json.user(*call.doer));
 }
 
-FakeResponse listMyRepos(Call &call)
+HttpAnswer listMyRepos(Call &call)
 {
     // The repositories the user owns or collaborates on, by name as Gitea's search orders them.
     QList<const Repository *> mine;
@@ -91,7 +91,7 @@ FakeResponse listMyRepos(Call &call)
     return pagedList(call, mine, [&call](const Repository *r) { return call.json.repository(*r); });
 }
 
-FakeResponse listPulls(Call &call)
+HttpAnswer listPulls(Call &call)
 {
     // Only "open" and "closed" filter; a missing or other state lists all, as Gitea's query does.
     const QString state = call.query().queryItemValue(QStringLiteral("state")).trimmed();
@@ -109,22 +109,22 @@ FakeResponse listPulls(Call &call)
     });
 }
 
-FakeResponse getPull(Call &call)
+HttpAnswer getPull(Call &call)
 {
     const PullRequest *pull = call.pull();
     return pull ? call.answer(call.json.pullRequest(*call.repo, *pull)) : call.notFound();
 }
 
-FakeResponse pullDiff(Call &call)
+HttpAnswer pullDiff(Call &call)
 {
     const PullRequest *pull = call.pull();
     if (!pull)
         return call.notFound();
     // Gitea streams `git diff` without naming a type; Go's sniffing then says plain UTF-8 text.
-    return FakeResponse{200, pull->diff, {{"Content-Type", "text/plain; charset=utf-8"}}, {}};
+    return HttpAnswer{200, pull->diff, {{"Content-Type", "text/plain; charset=utf-8"}}};
 }
 
-FakeResponse listReviews(Call &call)
+HttpAnswer listReviews(Call &call)
 {
     const PullRequest *pull = call.pull();
     if (!pull)
@@ -138,12 +138,12 @@ FakeResponse listReviews(Call &call)
         if (reviewVisible(review, call.doer))
             reviews.append(call.json.review(*call.repo, *pull, review));
     }
-    FakeResponse response = call.answer(reviews);
+    HttpAnswer response = call.answer(reviews);
     response.headers = totalCountHeaders(pull->reviews.size());
     return response;
 }
 
-FakeResponse listComments(Call &call)
+HttpAnswer listComments(Call &call)
 {
     const PullRequest *pull = call.pull();
     if (!pull)
@@ -152,12 +152,12 @@ FakeResponse listComments(Call &call)
     QJsonArray comments;
     for (const Comment &comment : pull->comments)
         comments.append(call.json.comment(*call.repo, *pull, comment));
-    FakeResponse response = call.answer(comments);
+    HttpAnswer response = call.answer(comments);
     response.headers = totalCountHeaders(pull->comments.size());
     return response;
 }
 
-FakeResponse listFiles(Call &call)
+HttpAnswer listFiles(Call &call)
 {
     const PullRequest *pull = call.pull();
     if (!pull)
@@ -168,7 +168,7 @@ FakeResponse listFiles(Call &call)
         true);
 }
 
-FakeResponse listCommits(Call &call)
+HttpAnswer listCommits(Call &call)
 {
     const PullRequest *pull = call.pull();
     if (!pull)
@@ -178,7 +178,7 @@ FakeResponse listCommits(Call &call)
         [&call](const Commit &commit) { return call.json.commit(*call.repo, commit); }, true);
 }
 
-FakeResponse listRuns(Call &call)
+HttpAnswer listRuns(Call &call)
 {
     const QUrlQuery query = call.query();
     const QString headSha = query.queryItemValue(QStringLiteral("head_sha"));
@@ -195,7 +195,7 @@ FakeResponse listRuns(Call &call)
     QJsonArray items;
     for (const Run *run : page.of(runs))
         items.append(call.json.run(*call.repo, *run));
-    FakeResponse response =
+    HttpAnswer response =
         call.answer(QJsonObject{{QStringLiteral("workflow_runs"), items},
                                 {QStringLiteral("total_count"), qint64(runs.size())}});
     // As Gitea's development line answers. Gitea 1.25 and 1.26 send only the envelope's
@@ -204,7 +204,7 @@ FakeResponse listRuns(Call &call)
     return response;
 }
 
-FakeResponse listJobs(Call &call)
+HttpAnswer listJobs(Call &call)
 {
     const Run *run = call.repo->run(call.params.value(QStringLiteral("run")).toLongLong());
     if (!run)
@@ -213,7 +213,7 @@ FakeResponse listJobs(Call &call)
     QJsonArray items;
     for (const Job &job : page.of(run->jobs))
         items.append(call.json.job(*call.repo, *run, job));
-    FakeResponse response =
+    HttpAnswer response =
         call.answer(QJsonObject{{QStringLiteral("jobs"), items},
                                 {QStringLiteral("total_count"), qint64(run->jobs.size())}});
     // As for the runs: the headers come from Gitea's development line; 1.25 and 1.26 send only
@@ -222,7 +222,7 @@ FakeResponse listJobs(Call &call)
     return response;
 }
 
-FakeResponse jobLogs(Call &call)
+HttpAnswer jobLogs(Call &call)
 {
     const auto found = call.repo->job(call.params.value(QStringLiteral("job")).toLongLong());
     if (!found)
@@ -232,11 +232,10 @@ FakeResponse jobLogs(Call &call)
         return call.notFound({QStringLiteral("job not started")});
     const QByteArray filename =
         QStringLiteral("%1-%2-%3.log").arg(run->workflow, job->name).arg(job->id).toUtf8();
-    return FakeResponse{200,
-                        *job->log,
-                        {{"Content-Type", "text/plain; charset=utf-8"},
-                         {"Content-Disposition", "attachment; filename=\"" + filename + '"'}},
-                        {}};
+    return HttpAnswer{200,
+                      *job->log,
+                      {{"Content-Type", "text/plain; charset=utf-8"},
+                       {"Content-Disposition", "attachment; filename=\"" + filename + '"'}}};
 }
 
 } // namespace kestrine::sim

@@ -20,7 +20,7 @@ enum class Guard {
 };
 
 /// The token of an "Authorization: token <t>" or "Authorization: Bearer <t>" header.
-std::optional<QString> presentedToken(const RecordedRequest &request)
+std::optional<QString> presentedToken(const HttpRequest &request)
 {
     const QList<QByteArray> parts = request.header("Authorization").simplified().split(' ');
     if (parts.size() != 2 || (parts.first() != "token" && parts.first().toLower() != "bearer"))
@@ -107,14 +107,14 @@ bool GiteaSimulation::loadSeed(const QByteArray &seedJson)
     return isValid();
 }
 
-void GiteaSimulation::install(FakeGiteaServer *server, const QString &pathPrefix)
+void GiteaSimulation::install(GiteaHttpServer *server, const QString &pathPrefix)
 {
     m_server = server;
     m_pathPrefix = pathPrefix.endsWith(u'/') ? pathPrefix.chopped(1) : pathPrefix;
     const QString api = m_pathPrefix + QStringLiteral("/api/v1");
     for (const Route &route : routes()) {
         server->route(route.method, api + route.pattern,
-                      [this, &route](const RecordedRequest &request, const RouteParams &params) {
+                      [this, &route](const HttpRequest &request, const RouteParams &params) {
                           return answer(route, request, params);
                       });
     }
@@ -156,8 +156,8 @@ const sim::User *GiteaSimulation::viewer() const
     return m_state.user(m_state.defaultViewerId);
 }
 
-FakeResponse GiteaSimulation::answer(const Route &route, const RecordedRequest &request,
-                                     const RouteParams &params)
+HttpAnswer GiteaSimulation::answer(const Route &route, const HttpRequest &request,
+                                   const RouteParams &params)
 {
     // A read changes nothing, and the same read of the same state renders the same bytes, so it
     // is answered from the last rendering until something changes the state. A large inbox asks
@@ -171,10 +171,7 @@ FakeResponse GiteaSimulation::answer(const Route &route, const RecordedRequest &
         request.target + '\n' + request.header("Authorization") + '\n' + rootUrl().toUtf8();
     if (const auto known = m_readAnswers.constFind(question); known != m_readAnswers.cend())
         return *known;
-    FakeResponse response = serve(route, request, params);
-    // Answers streamed piece by piece are made anew each time.
-    if (response.morePieces)
-        return response;
+    HttpAnswer response = serve(route, request, params);
     constexpr qsizetype rememberedReads = 4096;
     if (m_readAnswers.size() >= rememberedReads)
         m_readAnswers.clear();
@@ -182,13 +179,13 @@ FakeResponse GiteaSimulation::answer(const Route &route, const RecordedRequest &
     return response;
 }
 
-FakeResponse GiteaSimulation::serve(const Route &route, const RecordedRequest &request,
-                                    const RouteParams &params)
+HttpAnswer GiteaSimulation::serve(const Route &route, const HttpRequest &request,
+                                  const RouteParams &params)
 {
     const QString root = rootUrl();
     const QString swagger = root + QStringLiteral("api/swagger");
     auto refuse = [&swagger](int status, const QString &message) {
-        return FakeResponse::json(sim::errorBody(message, swagger), status);
+        return HttpAnswer::json(sim::errorBody(message, swagger), status);
     };
     if (!isValid())
         return refuse(500, m_loadError);
@@ -226,20 +223,20 @@ FakeResponse GiteaSimulation::serve(const Route &route, const RecordedRequest &r
     return route.endpoint(call);
 }
 
-FakeResponse GiteaSimulation::refuseUnknownRepository(const RouteParams &params,
-                                                      const QString &swagger) const
+HttpAnswer GiteaSimulation::refuseUnknownRepository(const RouteParams &params,
+                                                    const QString &swagger) const
 {
     // An unknown owner is named in Gitea's answer; an unknown or hidden repository is not.
     const QString owner = params.value(QStringLiteral("owner"));
     if (!m_state.user(owner)) {
-        return FakeResponse::json(
+        return HttpAnswer::json(
             sim::notFoundBody(
                 swagger,
                 {QStringLiteral("user redirect does not exist [name: %1]").arg(owner.toLower())},
                 QStringLiteral("GetUserByName")),
             404);
     }
-    return FakeResponse::json(sim::notFoundBody(swagger), 404);
+    return HttpAnswer::json(sim::notFoundBody(swagger), 404);
 }
 
 sim::Renderer GiteaSimulation::renderer() const

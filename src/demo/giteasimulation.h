@@ -1,6 +1,6 @@
 #pragma once
 
-// GiteaSimulation: a small in-memory Gitea that answers on a FakeGiteaServer the way a real
+// GiteaSimulation: a small in-memory Gitea that answers on a GiteaHttpServer the way a real
 // instance answers the endpoints Kestrine calls, for tests and for the built-in demo instance.
 //
 // The state comes from a seed, a JSON document:
@@ -84,7 +84,7 @@
 // and the status and message of every refusal. Where it matters, the endpoint's comment in
 // giteareads.cpp or giteawrites.cpp says which case answers what.
 
-#include "fakegiteaserver.h"
+#include "giteahttpserver.h"
 #include "giteajson.h"
 #include "giteastate.h"
 
@@ -119,7 +119,7 @@ public:
     /// Answers Gitea's API under `pathPrefix` + "/api/v1" on `server` (a prefix such as
     /// "/gitea" stands for an instance below a sub-path). The routes stay with the server; they
     /// are removed again when the simulation is destroyed first.
-    void install(FakeGiteaServer *server, const QString &pathPrefix = {});
+    void install(GiteaHttpServer *server, const QString &pathPrefix = {});
     /// The instance's ROOT_URL, with a trailing "/": the one set with setRootUrl(), else the
     /// seed's "instance.root_url", else the server's address and the prefix. Gitea writes every
     /// address it renders with it (html_url, clone_url, the "Link" header, the swagger url of its
@@ -147,11 +147,9 @@ private:
     struct Route;
     static const QList<Route> &routes();
 
-    FakeResponse answer(const Route &route, const RecordedRequest &request,
-                        const RouteParams &params);
-    FakeResponse serve(const Route &route, const RecordedRequest &request,
-                       const RouteParams &params);
-    FakeResponse refuseUnknownRepository(const RouteParams &params, const QString &swagger) const;
+    HttpAnswer answer(const Route &route, const HttpRequest &request, const RouteParams &params);
+    HttpAnswer serve(const Route &route, const HttpRequest &request, const RouteParams &params);
+    HttpAnswer refuseUnknownRepository(const RouteParams &params, const QString &swagger) const;
     const sim::User *viewer() const;
     sim::Renderer renderer() const;
     std::pair<const sim::Repository *, const sim::PullRequest *>
@@ -162,13 +160,13 @@ private:
 
     sim::State m_state;
     QString m_loadError;
-    QPointer<FakeGiteaServer> m_server;
+    QPointer<GiteaHttpServer> m_server;
     QString m_pathPrefix;
     QString m_rootUrl;
     std::function<QDateTime()> m_clock;
     /// The answers to reads since the state last changed, by request target, credentials and
     /// ROOT_URL.
-    QHash<QByteArray, FakeResponse> m_readAnswers;
+    QHash<QByteArray, HttpAnswer> m_readAnswers;
 };
 
 } // namespace kestrine

@@ -10,7 +10,7 @@ namespace kestrine::sim {
 namespace {
 
 /// What Gitea writes for a failed binding: the field names in brackets and the rule.
-FakeResponse validationError(const Call &call, const QString &field, const QString &rule)
+HttpAnswer validationError(const Call &call, const QString &field, const QString &rule)
 {
     return call.error(422, QStringLiteral("[%1]: %2").arg(field, rule));
 }
@@ -21,7 +21,7 @@ bool canWrite(const Call &call)
 }
 
 /// Gitea's refusal of a merge style that the repository does not allow, if it is one.
-std::optional<FakeResponse> refuseStyle(const Call &call, const QString &style)
+std::optional<HttpAnswer> refuseStyle(const Call &call, const QString &style)
 {
     if (call.repo->mergeStyles.contains(style))
         return std::nullopt;
@@ -112,10 +112,10 @@ void bringUpToDate(Call &call, PullRequest &pull, bool rebase)
 
 } // namespace
 
-FakeResponse mergePull(Call &call)
+HttpAnswer mergePull(Call &call)
 {
     const auto bound = call.bind();
-    if (const auto *refused = std::get_if<FakeResponse>(&bound))
+    if (const auto *refused = std::get_if<HttpAnswer>(&bound))
         return *refused;
     const QJsonObject &body = std::get<QJsonObject>(bound);
     const QString style = bodyText(body, QStringLiteral("Do"));
@@ -144,7 +144,7 @@ FakeResponse mergePull(Call &call)
         if (!sha.match(commit).hasMatch())
             return call.answer(QJsonObject(), 409);
         markMerged(call, *pull, commit);
-        return FakeResponse::empty(200);
+        return HttpAnswer::empty(200);
     }
     if (isWorkInProgress(pull->title))
         return call.error(405, QStringLiteral("Work in progress PRs cannot be merged"));
@@ -165,10 +165,10 @@ FakeResponse mergePull(Call &call)
     if (bodyFlag(body, QStringLiteral("delete_branch_after_merge")) &&
         headBranchDeletable(*call.repo, *pull))
         call.repo->removeBranch(pull->headBranch);
-    return FakeResponse::empty(200);
+    return HttpAnswer::empty(200);
 }
 
-FakeResponse updatePull(Call &call)
+HttpAnswer updatePull(Call &call)
 {
     PullRequest *pull = call.pull();
     if (!pull)
@@ -177,7 +177,7 @@ FakeResponse updatePull(Call &call)
     if (pull->merged || pull->closed)
         return call.error(422, QStringLiteral("%!s(<nil>)"));
     if (!canWrite(call))
-        return FakeResponse::empty(403);
+        return HttpAnswer::empty(403);
     const bool rebase =
         call.query().queryItemValue(QStringLiteral("style")) == QLatin1String("rebase");
     if (pull->conflicting) {
@@ -187,20 +187,20 @@ FakeResponse updatePull(Call &call)
     // Already up to date: git has nothing to do and Gitea answers 200 all the same.
     if (pull->behindBase)
         bringUpToDate(call, *pull, rebase);
-    return FakeResponse::empty(200);
+    return HttpAnswer::empty(200);
 }
 
-FakeResponse editPull(Call &call)
+HttpAnswer editPull(Call &call)
 {
     const auto bound = call.bind();
-    if (const auto *refused = std::get_if<FakeResponse>(&bound))
+    if (const auto *refused = std::get_if<HttpAnswer>(&bound))
         return *refused;
     const QJsonObject &body = std::get<QJsonObject>(bound);
     PullRequest *pull = call.pull();
     if (!pull)
         return call.notFound();
     if (call.doer->id != pull->posterId && !canWrite(call))
-        return FakeResponse::empty(403);
+        return HttpAnswer::empty(403);
     if (bodyField(body, QStringLiteral("state")).isString()) {
         if (pull->merged) {
             return call.error(
@@ -219,10 +219,10 @@ FakeResponse editPull(Call &call)
     return call.answer(call.json.pullRequest(*call.repo, *pull), 201);
 }
 
-FakeResponse createReview(Call &call)
+HttpAnswer createReview(Call &call)
 {
     const auto bound = call.bind();
-    if (const auto *refused = std::get_if<FakeResponse>(&bound))
+    if (const auto *refused = std::get_if<HttpAnswer>(&bound))
         return *refused;
     const QJsonObject &body = std::get<QJsonObject>(bound);
     PullRequest *pull = call.pull();
@@ -273,10 +273,10 @@ FakeResponse createReview(Call &call)
     return call.answer(call.json.review(*call.repo, *pull, pull->reviews.constLast()));
 }
 
-FakeResponse createComment(Call &call)
+HttpAnswer createComment(Call &call)
 {
     const auto bound = call.bind();
-    if (const auto *refused = std::get_if<FakeResponse>(&bound))
+    if (const auto *refused = std::get_if<HttpAnswer>(&bound))
         return *refused;
     const QString text = bodyText(std::get<QJsonObject>(bound), QStringLiteral("body"));
     if (text.isEmpty())
@@ -290,7 +290,7 @@ FakeResponse createComment(Call &call)
     return call.answer(call.json.comment(*call.repo, *pull, comment), 201);
 }
 
-FakeResponse deleteBranch(Call &call)
+HttpAnswer deleteBranch(Call &call)
 {
     if (!canWrite(call))
         return call.error(403, QStringLiteral("user should have a permission to write to a repo"));
@@ -303,10 +303,10 @@ FakeResponse deleteBranch(Call &call)
     if (branch->isProtected)
         return call.error(403, QStringLiteral("branch protected"));
     call.repo->removeBranch(name);
-    return FakeResponse::empty(204);
+    return HttpAnswer::empty(204);
 }
 
-FakeResponse rerunRun(Call &call)
+HttpAnswer rerunRun(Call &call)
 {
     if (!canWrite(call))
         return call.error(403, QStringLiteral("user should have a permission to write to a repo"));

@@ -106,7 +106,7 @@ private slots:
     void everyManagerSendsTheCookiesAnyOfThemReceived()
     {
         server->route("GET", QStringLiteral("/api/v1/login"),
-                      FakeResponse{200, "{}", {{"Set-Cookie", "i_like_gitea=abc123; Path=/"}}});
+                      FakeResponse{{200, "{}", {{"Set-Cookie", "i_like_gitea=abc123; Path=/"}}}});
         HttpSession session;
         const ReplyPointer login(session.send(
             QNetworkRequest(QUrl(server->baseUrl().toString() + "/api/v1/login")), "GET"));

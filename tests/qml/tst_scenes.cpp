@@ -72,7 +72,7 @@ private slots:
     {
         ui::BrokenScreenMessages::install();
         QVERIFY(m_stranger.listen());
-        m_app = std::make_unique<KestrineApp>(AppOptions{.demo = true});
+        m_app = std::make_unique<KestrineApp>(Tour::appOptions());
         QVERIFY2(m_app->start(), qPrintable(m_app->errorString()));
         QVERIFY(QTest::qWaitForWindowExposed(m_app->window()));
     }

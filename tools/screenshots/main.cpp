@@ -64,7 +64,7 @@ int main(int argc, char *argv[])
         std::fprintf(stderr, "kestrine-screenshots: no port for the stranger's host\n");
         return 1;
     }
-    KestrineApp app({.demo = true});
+    KestrineApp app(Tour::appOptions());
     if (!app.start()) {
         std::fprintf(stderr, "kestrine-screenshots: %s\n", qPrintable(app.errorString()));
         return 1;

@@ -121,8 +121,8 @@ struct TourSteps
     /// Back to the demo instance's own answers.
     static void restoreDemo(Tour &t)
     {
-        t.demo().server().clearRoutes();
-        t.demo().simulation()->install(&t.demo().server());
+        t.server().clearRoutes();
+        t.demo().simulation()->install(&t.server());
     }
 };
 
@@ -140,6 +140,18 @@ QQuickWindow *Tour::window() const
 DemoInstance &Tour::demo() const
 {
     return *m_app.demo();
+}
+
+AppOptions Tour::appOptions()
+{
+    return AppOptions{.demo = true, .demoServer = [] {
+                          return std::make_unique<FakeGiteaServer>();
+                      }};
+}
+
+FakeGiteaServer &Tour::server() const
+{
+    return *qobject_cast<FakeGiteaServer *>(&demo().server());
 }
 
 void Tour::settle(int ms)
@@ -205,6 +217,10 @@ void Tour::shoot(const QString &name)
 
 void Tour::run(testing::StrangerHost &stranger)
 {
+    if (!qobject_cast<FakeGiteaServer *>(&demo().server())) {
+        fail(QStringLiteral("the app was not started with Tour::appOptions()"));
+        return;
+    }
     TourSteps::demoScenes(*this);
     TourSteps::hostileScenes(*this, stranger);
 }
@@ -225,7 +241,7 @@ void TourSteps::demoScenes(Tour &t)
     t.shoot(QStringLiteral("inbox"));
 
     // Pull to refresh, caught while the load runs: the server answers the repository list late.
-    t.demo().server().route("GET", QStringLiteral("/api/v1/user/repos"), delayed(200, "[]", 3000));
+    t.server().route("GET", QStringLiteral("/api/v1/user/repos"), delayed(200, "[]", 3000));
     QMetaObject::invokeMethod(t.find(QStringLiteral("listRefresh")), "trigger");
     Tour::settle(700);
     t.shoot(QStringLiteral("inbox-refreshing"));
@@ -236,8 +252,8 @@ void TourSteps::demoScenes(Tour &t)
     reloadInbox(inboxVm);
 
     // The repository list fails: the inbox keeps what it shows and says why.
-    t.demo().server().route("GET", QStringLiteral("/api/v1/user/repos"),
-                            FakeResponse::json(R"({"message":"internal error"})", 500));
+    t.server().route("GET", QStringLiteral("/api/v1/user/repos"),
+                     FakeResponse::json(R"({"message":"internal error"})", 500));
     reloadInbox(inboxVm);
     Tour::settle(400);
     t.shoot(QStringLiteral("inbox-error"));
@@ -307,8 +323,8 @@ void TourSteps::demoScenes(Tour &t)
     t.shoot(QStringLiteral("monitored-repos"));
     QMetaObject::invokeMethod(t.find(QStringLiteral("settingsSheet")), "back");
     Tour::settle(400);
-    t.demo().server().route("GET", QStringLiteral("/api/v1/user/repos"),
-                            FakeResponse::json(R"({"message":"internal error"})", 500));
+    t.server().route("GET", QStringLiteral("/api/v1/user/repos"),
+                     FakeResponse::json(R"({"message":"internal error"})", 500));
     QMetaObject::invokeMethod(t.find(QStringLiteral("monitoredReposLink")), "clicked");
     Tour::settle(200);
     reposView = t.find(QStringLiteral("monitoredReposView"));
@@ -344,8 +360,8 @@ void TourSteps::demoScenes(Tour &t)
     // --- Detail
 
     // Loading: the pull request answers late.
-    t.demo().server().route("GET", QStringLiteral("/api/v1/repos/norrum/harbor/pulls/142"),
-                            delayed(404, "{}", 2000));
+    t.server().route("GET", QStringLiteral("/api/v1/repos/norrum/harbor/pulls/142"),
+                     delayed(404, "{}", 2000));
     QMetaObject::invokeMethod(inbox, "openRow", Q_ARG(QVariant, rowOf(inbox, 142)));
     Tour::settle(600);
     t.shoot(QStringLiteral("detail-loading"));
@@ -404,8 +420,8 @@ void TourSteps::demoScenes(Tour &t)
     Tour::settle(400);
 
     // Busy: an approval that takes its time.
-    t.demo().server().route("POST", QStringLiteral("/api/v1/repos/norrum/harbor/pulls/142/reviews"),
-                            delayed(500, R"({"message":"review failed"})", 1500));
+    t.server().route("POST", QStringLiteral("/api/v1/repos/norrum/harbor/pulls/142/reviews"),
+                     delayed(500, R"({"message":"review failed"})", 1500));
     QMetaObject::invokeMethod(detail, "approve");
     Tour::settle(600);
     t.shoot(QStringLiteral("detail-busy"));
@@ -521,10 +537,8 @@ void TourSteps::demoScenes(Tour &t)
     detail = openDetail(t, rowOf(inbox, 58));
     QMetaObject::invokeMethod(detail, "openMergeSheet");
     Tour::settle(600);
-    t.demo().server().route(
-        "POST", QStringLiteral("/api/v1/repos/norrum/kestrel-web/pulls/58/merge"),
-        FakeResponse{
-            405, R"({"message":"Please try again later"})", {}, std::chrono::milliseconds(1500)});
+    t.server().route("POST", QStringLiteral("/api/v1/repos/norrum/kestrel-web/pulls/58/merge"),
+                     delayed(405, R"({"message":"Please try again later"})", 1500));
     QMetaObject::invokeMethod(objectProperty(detail, "mergeSheet"), "merge");
     Tour::settle(500);
     t.shoot(QStringLiteral("merge-sheet-merging"));
@@ -620,7 +634,7 @@ void TourSteps::hostileScenes(Tour &t, testing::StrangerHost &stranger)
     back(t);
 
     // The server refuses with a message of its own.
-    t.demo().server().route(
+    t.server().route(
         "GET", QStringLiteral("/api/v1/repos/ann/{repo}/pulls/1"),
         FakeResponse::json(QStringLiteral(R"({"message":"<img src=\"http://%1/error.png\"> )"
                                           R"(<b>denied</b> &amp; \u202eevil"})")

@@ -15,7 +15,9 @@ class QQuickWindow;
 
 namespace kestrine {
 
+struct AppOptions;
 class DemoInstance;
+class FakeGiteaServer;
 class KestrineApp;
 
 namespace testing {
@@ -25,8 +27,12 @@ class StrangerHost;
 class Tour
 {
 public:
-    /// A tour of `app`, started in demo mode. Scenes are saved as PNG files into `folder` when it
-    /// is not empty; only those named in `only` are saved when it is not empty.
+    /// How to start an app for the tour: in demo mode, with a demo instance whose answers the
+    /// tour can hold back, to show the screens that wait for the server.
+    static AppOptions appOptions();
+
+    /// A tour of `app`, started with appOptions(). Scenes are saved as PNG files into `folder` when
+    /// it is not empty; only those named in `only` are saved when it is not empty.
     Tour(KestrineApp &app, QString folder = {}, QStringList only = {});
 
     /// Called with each scene's name once it is on screen, before it is saved.
@@ -51,6 +57,8 @@ private:
 
     QQuickWindow *window() const;
     DemoInstance &demo() const;
+    /// The demo instance's server, which appOptions() made one that tests script.
+    FakeGiteaServer &server() const;
 
     /// Lets events and animations run for `ms` milliseconds.
     static void settle(int ms = 450);

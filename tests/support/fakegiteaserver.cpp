@@ -1,62 +1,15 @@
 #include "fakegiteaserver.h"
 
-#include <QHostAddress>
 #include <QHttpServerRequest>
 #include <QPointer>
 #include <QQueue>
 #include <QTcpServer>
 #include <QTcpSocket>
 #include <QTimer>
+#include <utility>
 
 namespace kestrine {
 namespace {
-
-QByteArray reasonPhrase(int status)
-{
-    switch (status) {
-    case 200:
-        return "OK";
-    case 201:
-        return "Created";
-    case 204:
-        return "No Content";
-    case 301:
-        return "Moved Permanently";
-    case 302:
-        return "Found";
-    case 304:
-        return "Not Modified";
-    case 400:
-        return "Bad Request";
-    case 401:
-        return "Unauthorized";
-    case 403:
-        return "Forbidden";
-    case 404:
-        return "Not Found";
-    case 405:
-        return "Method Not Allowed";
-    case 409:
-        return "Conflict";
-    case 422:
-        return "Unprocessable Entity";
-    case 423:
-        return "Locked";
-    case 500:
-        return "Internal Server Error";
-    case 502:
-        return "Bad Gateway";
-    case 503:
-        return "Service Unavailable";
-    default:
-        return "Status";
-    }
-}
-
-bool hasBodyAllowed(int status)
-{
-    return !(status < 200 || status == 204 || status == 304);
-}
 
 /// Splits complete HTTP/1.1 requests off the front of a connection's byte stream.
 class RequestStreamParser
@@ -116,24 +69,6 @@ private:
     QByteArray m_buffer;
 };
 
-QRegularExpression compilePattern(const QString &pattern, QStringList *names)
-{
-    static const QRegularExpression placeholder(
-        QStringLiteral("\\{([A-Za-z_][A-Za-z0-9_]*)(\\*?)\\}"));
-    QString regex = QStringLiteral("^");
-    qsizetype last = 0;
-    auto it = placeholder.globalMatch(pattern);
-    while (it.hasNext()) {
-        const auto match = it.next();
-        regex += QRegularExpression::escape(pattern.mid(last, match.capturedStart() - last));
-        names->append(match.captured(1));
-        regex += match.captured(2).isEmpty() ? QStringLiteral("([^/]+)") : QStringLiteral("(.+)");
-        last = match.capturedEnd();
-    }
-    regex += QRegularExpression::escape(pattern.mid(last)) + u'$';
-    return QRegularExpression(regex);
-}
-
 } // namespace
 
 /// Accepts the connections and reads along on each socket before the HTTP server does: it peeks
@@ -185,43 +120,19 @@ private:
     int m_connections = 0;
 };
 
-QByteArray RecordedRequest::header(QByteArrayView name) const
-{
-    for (const auto &[key, value] : headers) {
-        if (QByteArrayView(key).compare(name, Qt::CaseInsensitive) == 0)
-            return value;
-    }
-    return {};
-}
-
-bool RecordedRequest::hasHeader(QByteArrayView name) const
-{
-    for (const auto &header : headers) {
-        if (QByteArrayView(header.first).compare(name, Qt::CaseInsensitive) == 0)
-            return true;
-    }
-    return false;
-}
-
-QString RecordedRequest::path() const
-{
-    return QUrl::fromPercentEncoding(rawPath);
-}
-
 FakeResponse FakeResponse::json(QByteArray body, int status)
 {
-    return FakeResponse{status, std::move(body), {}, {}};
+    return FakeResponse{HttpAnswer::json(std::move(body), status)};
 }
 
 FakeResponse FakeResponse::text(QByteArray body, int status)
 {
-    return FakeResponse{
-        status, std::move(body), {{"Content-Type", "text/plain;charset=utf-8"}}, {}};
+    return FakeResponse{HttpAnswer::text(std::move(body), status)};
 }
 
 FakeResponse FakeResponse::empty(int status)
 {
-    return FakeResponse{status, {}, {}, {}};
+    return FakeResponse{HttpAnswer::empty(status)};
 }
 
 FakeResponse FakeResponse::rawBytes(QByteArray wire, Delivery delivery)
@@ -241,53 +152,19 @@ FakeResponse FakeResponse::never()
 
 QByteArray serializeResponse(const FakeResponse &response)
 {
-    if (response.raw)
-        return *response.raw;
-    QByteArray wire = "HTTP/1.1 " + QByteArray::number(response.status) + ' ' +
-                      reasonPhrase(response.status) + "\r\n";
-    bool hasContentType = false;
-    for (const auto &[name, value] : response.headers) {
-        hasContentType |= name.compare("content-type", Qt::CaseInsensitive) == 0;
-        wire += name + ": " + value + "\r\n";
-    }
-    const bool withBody = hasBodyAllowed(response.status);
-    if (!hasContentType && withBody)
-        wire += "Content-Type: application/json;charset=utf-8\r\n";
-    if (withBody)
-        wire += "Content-Length: " + QByteArray::number(response.body.size()) + "\r\n";
-    wire += "\r\n";
-    if (withBody)
-        wire += response.body;
-    return wire;
+    return response.raw ? *response.raw : response.wire();
 }
 
 FakeGiteaServer::FakeGiteaServer(QObject *parent)
-    : QAbstractHttpServer(parent)
+    : GiteaHttpServer(parent)
     , m_recorder(new RawRecorder(this))
 {}
 
 FakeGiteaServer::~FakeGiteaServer() = default;
 
-bool FakeGiteaServer::listen()
+QTcpServer *FakeGiteaServer::makeListener()
 {
-    if (!m_recorder->listen(QHostAddress::LocalHost, 0))
-        return false;
-    bind(m_recorder);
-    return true;
-}
-
-quint16 FakeGiteaServer::port() const
-{
-    return m_recorder->serverPort();
-}
-
-QUrl FakeGiteaServer::baseUrl() const
-{
-    QUrl url;
-    url.setScheme(QStringLiteral("http"));
-    url.setHost(QStringLiteral("127.0.0.1"));
-    url.setPort(port());
-    return url;
+    return m_recorder;
 }
 
 void FakeGiteaServer::route(QByteArray method, const QString &pattern, FakeResponse response)
@@ -300,16 +177,13 @@ void FakeGiteaServer::route(QByteArray method, const QString &pattern, FakeRespo
 
 void FakeGiteaServer::route(QByteArray method, const QString &pattern, Handler handler)
 {
-    Route route;
-    route.method = std::move(method);
-    route.pattern = compilePattern(pattern, &route.names);
-    route.handler = std::move(handler);
-    m_routes.append(std::move(route));
-}
-
-void FakeGiteaServer::clearRoutes()
-{
-    m_routes.clear();
+    GiteaHttpServer::route(
+        std::move(method), pattern,
+        [this, handler = std::move(handler)](const HttpRequest &request,
+                                             const RouteParams &params) -> HttpAnswer {
+            m_scripted = handler(request, params);
+            return *m_scripted;
+        });
 }
 
 QList<RecordedRequest> FakeGiteaServer::requests(QByteArrayView method, const QString &path) const
@@ -322,56 +196,27 @@ QList<RecordedRequest> FakeGiteaServer::requests(QByteArrayView method, const QS
     return matching;
 }
 
-FakeResponse FakeGiteaServer::dispatch(const RecordedRequest &request) const
-{
-    const QString path = request.path();
-    bool pathKnown = false;
-    for (auto route = m_routes.crbegin(); route != m_routes.crend(); ++route) {
-        const QRegularExpressionMatch match = route->pattern.match(path);
-        if (!match.hasMatch())
-            continue;
-        pathKnown = true;
-        if (route->method != request.method)
-            continue;
-        RouteParams params;
-        for (qsizetype i = 0; i < route->names.size(); ++i)
-            params.insert(route->names.at(i), match.captured(i + 1));
-        return route->handler(request, params);
-    }
-    // Gitea's router answers an unknown method on a known path with 405, an unknown path with
-    // 404; both with its usual JSON error body.
-    if (pathKnown)
-        return FakeResponse::json(R"({"message":"method not allowed"})", 405);
-    return FakeResponse::json(R"({"message":"not found"})", 404);
-}
-
-bool FakeGiteaServer::handleRequest(const QHttpServerRequest &request, QTcpSocket *socket)
-{
-    std::optional<RecordedRequest> recorded = m_recorder->takeNext(socket);
-    if (!recorded) {
-        // Not seen on the wire (should not happen): fall back to what the library parsed.
-        recorded.emplace();
-        recorded->target = request.url().toEncoded(QUrl::RemoveScheme | QUrl::RemoveAuthority);
-        recorded->rawPath = request.url().path(QUrl::FullyEncoded).toUtf8();
-        recorded->rawQuery = request.url().query(QUrl::FullyEncoded).toUtf8();
-        recorded->hasQuery = request.url().hasQuery();
-        recorded->headers = request.headers();
-        recorded->body = request.body();
-    }
-    m_requests.append(*recorded);
-    emit requestRecorded(*recorded);
-    respond(socket, dispatch(*recorded));
-    return true;
-}
-
-void FakeGiteaServer::missingHandler(const QHttpServerRequest &, QTcpSocket *socket)
-{
-    respond(socket, FakeResponse::json(R"({"message":"not found"})", 404));
-}
-
 int FakeGiteaServer::connectionCount() const
 {
     return m_recorder->connectionCount();
+}
+
+HttpRequest FakeGiteaServer::received(const QHttpServerRequest &request, QTcpSocket *socket)
+{
+    // Seen on the wire first, always; what the library parsed is only a fallback.
+    std::optional<RecordedRequest> recorded = m_recorder->takeNext(socket);
+    return recorded ? *std::move(recorded) : GiteaHttpServer::received(request, socket);
+}
+
+void FakeGiteaServer::answer(QTcpSocket *socket, const HttpRequest &request)
+{
+    m_requests.append(request);
+    emit requestRecorded(request);
+    m_scripted.reset();
+    FakeResponse response{dispatch(request)};
+    if (m_scripted)
+        response = *std::exchange(m_scripted, std::nullopt);
+    respond(socket, response);
 }
 
 void FakeGiteaServer::respond(QTcpSocket *socket, const FakeResponse &response)

@@ -1,47 +1,22 @@
 #pragma once
 
-#include <QAbstractHttpServer>
+#include "giteahttpserver.h"
+
 #include <QByteArray>
-#include <QHash>
 #include <QList>
-#include <QRegularExpression>
 #include <QString>
-#include <QUrl>
 #include <chrono>
 #include <functional>
 #include <optional>
-#include <utility>
-
-class QTcpServer;
 
 namespace kestrine {
 
-using HeaderList = QList<std::pair<QByteArray, QByteArray>>;
+/// A request as the fake server kept it: byte for byte as it arrived on the wire.
+using RecordedRequest = HttpRequest;
 
-/// One request exactly as it arrived on the wire.
-struct RecordedRequest
-{
-    QByteArray method;
-    /// The request target as sent, e.g. "/gitea/api/v1/repos/a/b/pulls?state=open".
-    QByteArray target;
-    /// The target up to "?", still percent-encoded as sent.
-    QByteArray rawPath;
-    /// The target after "?", as sent; empty when there was no "?".
-    QByteArray rawQuery;
-    bool hasQuery = false;
-    /// Header lines in the order sent.
-    HeaderList headers;
-    QByteArray body;
-
-    /// The value of the first header with this name (case-insensitive); null when absent.
-    QByteArray header(QByteArrayView name) const;
-    bool hasHeader(QByteArrayView name) const;
-    /// `rawPath` with its percent-escapes decoded.
-    QString path() const;
-};
-
-/// What a route answers.
-struct FakeResponse
+/// What a scripted route answers: an answer as the demo's server gives it, or one that no
+/// well-behaved server gives.
+struct FakeResponse : HttpAnswer
 {
     /// How the answer leaves the server.
     enum class Delivery {
@@ -54,11 +29,6 @@ struct FakeResponse
         Never,
     };
 
-    int status = 200;
-    QByteArray body;
-    /// Extra header lines; "Content-Type: application/json;charset=utf-8" is added unless one is
-    /// given, "Content-Length" always.
-    HeaderList headers;
     /// How long to wait before answering.
     std::chrono::milliseconds delay{0};
     /// Bytes written exactly as given instead of the status line, headers and body made from the
@@ -78,13 +48,11 @@ struct FakeResponse
     static FakeResponse never();
 };
 
-/// Values of the `{name}` placeholders of the route that matched.
-using RouteParams = QHash<QString, QString>;
-
-/// A small HTTP server on 127.0.0.1 that behaves like as much of Gitea as a test scripts. It keeps
-/// every request byte for byte (the HTTP server library normalises what it hands over, so the
-/// raw bytes are recorded from the socket as they arrive) and answers from scripted routes.
-class FakeGiteaServer : public QAbstractHttpServer
+/// The demo's Gitea server as tests script it: it keeps every request byte for byte (the HTTP
+/// server library normalises what it hands over, so the raw bytes are read from the socket as
+/// they arrive), counts connections, and its scripted routes may answer late, with bytes of their
+/// own, piece by piece or never.
+class FakeGiteaServer : public GiteaHttpServer
 {
     Q_OBJECT
 
@@ -94,18 +62,9 @@ public:
     explicit FakeGiteaServer(QObject *parent = nullptr);
     ~FakeGiteaServer() override;
 
-    /// Starts listening on 127.0.0.1 on a free port.
-    bool listen();
-    quint16 port() const;
-    /// "http://127.0.0.1:<port>".
-    QUrl baseUrl() const;
-
-    /// Answers `method` requests whose decoded path matches `pattern`. In a pattern, "{name}"
-    /// stands for one path segment and "{name*}" for the rest of the path (slashes included).
-    /// Routes added later win over earlier ones, so a test can override a default.
+    /// Like GiteaHttpServer::route(), with the faults of a FakeResponse.
     void route(QByteArray method, const QString &pattern, FakeResponse response);
     void route(QByteArray method, const QString &pattern, Handler handler);
-    void clearRoutes();
 
     /// Every answer waits at least this long before it leaves, as over a slow network.
     void setAnswerDelay(std::chrono::milliseconds delay) { m_answerDelay = delay; }
@@ -121,30 +80,24 @@ signals:
     void requestRecorded(const kestrine::RecordedRequest &request);
 
 protected:
-    bool handleRequest(const QHttpServerRequest &request, QTcpSocket *socket) override;
-    void missingHandler(const QHttpServerRequest &request, QTcpSocket *socket) override;
+    QTcpServer *makeListener() override;
+    HttpRequest received(const QHttpServerRequest &request, QTcpSocket *socket) override;
+    void answer(QTcpSocket *socket, const HttpRequest &request) override;
 
 private:
-    struct Route
-    {
-        QByteArray method;
-        QRegularExpression pattern;
-        QStringList names;
-        Handler handler;
-    };
-
-    FakeResponse dispatch(const RecordedRequest &request) const;
     void respond(QTcpSocket *socket, const FakeResponse &response);
     void deliver(QTcpSocket *socket, const FakeResponse &response);
 
     class RawRecorder;
     RawRecorder *m_recorder;
-    QList<Route> m_routes;
     QList<RecordedRequest> m_requests;
+    /// The route table is the demo server's, which hands on plain answers: a scripted route
+    /// leaves its whole response here, for answer() to deliver with its faults.
+    std::optional<FakeResponse> m_scripted;
     std::chrono::milliseconds m_answerDelay{0};
 };
 
-/// The wire form of an answer: status line, headers, blank line, body; `raw` when it is set.
+/// The wire form of an answer: `raw` when it is set, else status line, headers, blank line, body.
 QByteArray serializeResponse(const FakeResponse &response);
 
 } // namespace kestrine
