@@ -609,7 +609,7 @@ private:
     void finishRepository(Repository &repo) const
     {
         const QString fullName = m_state.user(repo.ownerId)->login + u'/' + repo.name;
-        auto ensureBranch = [&repo, &fullName](const QString &name, const QString &commit) {
+        auto ensureBranch = [&repo](const QString &name, const QString &commit) {
             Branch *branch = repo.branch(name);
             if (!branch)
                 repo.branches.append({name, commit, false});
