@@ -3,6 +3,11 @@
 // Their requests are cancelled with the model itself (not with a load's scope), so a reload does
 // not abort a merge under way, while leaving the screen does. After every await a coroutine checks
 // that the model still exists before it touches anything.
+//
+// Every action follows the same policy, which ActionSteps below carries out once: its progress text
+// shows in busyMessage from its first request and is cleared however it ends; a failed request
+// ends it with the failure's description in errorMessage, unless the failure is a cancellation,
+// which nobody waits for any more.
 
 #include "failure_p.h"
 #include "prdetailviewmodel.h"
@@ -27,189 +32,216 @@ std::optional<QString> loginOf(const PullReview &review)
     return review.user ? std::optional<QString>(review.user->login) : std::nullopt;
 }
 
+/// How a request of an action ended, as the action goes on from it.
+enum class Step {
+    Done,
+    /// Failed (its description is shown), or the model went away meanwhile.
+    Failed,
+    /// Refused as out of date or conflicting; only for a request that asked to hear of it, and
+    /// then nothing is shown.
+    Conflicted,
+};
+
+/// What a request's failure means to its action.
+enum class OnFailure {
+    Show,
+    /// A merge refusal is the action's to handle (Step::Conflicted); every other failure shows.
+    ShowUnlessConflict,
+    /// Its outcome does not matter; the action goes on.
+    Ignore,
+};
+
+/// One action under way on a model: busyMessage shows its progress from the start and is cleared
+/// when this goes (however the action ended), and its requests run through perform() and fetch(),
+/// which show a failure in errorMessage. Once the model is gone nothing is touched.
+///
+/// The model's setters are private, so the action hands them in.
+class ActionSteps
+{
+public:
+    using Setter = void (PRDetailViewModel::*)(const std::optional<QString> &);
+
+    ActionSteps(PRDetailViewModel *model, Setter setBusy, Setter setError, const QString &progress)
+        : m_model(model)
+        , m_setBusy(setBusy)
+        , m_setError(setError)
+    {
+        show(progress);
+    }
+    ~ActionSteps()
+    {
+        if (m_model)
+            (m_model->*m_setBusy)(std::nullopt);
+    }
+    ActionSteps(const ActionSteps &) = delete;
+    ActionSteps &operator=(const ActionSteps &) = delete;
+
+    /// False once the model is gone.
+    bool modelExists() const { return !m_model.isNull(); }
+
+    /// The progress text of the next step.
+    void show(const QString &progress) { (m_model->*m_setBusy)(progress); }
+
+    QCoro::Task<Step> perform(QCoro::Task<> request, OnFailure onFailure = OnFailure::Show)
+    {
+        const std::optional<Failure> failure = co_await attempt(std::move(request));
+        if (!m_model)
+            co_return Step::Failed;
+        if (!failure)
+            co_return Step::Done;
+        if (onFailure == OnFailure::ShowUnlessConflict && failure->isMergeConflict())
+            co_return Step::Conflicted;
+        if (onFailure != OnFailure::Ignore)
+            report(*failure);
+        co_return Step::Failed;
+    }
+
+    /// The answer of `request`; nothing when it failed (its description is shown) or when the
+    /// model went away meanwhile.
+    template <class T>
+    QCoro::Task<std::optional<T>> fetch(QCoro::Task<T> request)
+    {
+        Attempted<T> answer = co_await attempt(std::move(request));
+        if (!m_model)
+            co_return std::nullopt;
+        if (answer.failure)
+            report(*answer.failure);
+        co_return std::move(answer.value);
+    }
+
+private:
+    void report(const Failure &failure)
+    {
+        if (!failure.isCancellation)
+            (m_model->*m_setError)(failure.description);
+    }
+
+    QPointer<PRDetailViewModel> m_model;
+    Setter m_setBusy;
+    Setter m_setError;
+};
+
+/// The client of an action, its requests cancelled when the model goes; nothing when the settings
+/// name no instance.
+std::optional<GiteaClient> actionClient(QObject *model)
+{
+    const std::optional<GiteaClient> configured = SettingsStore::shared()->client();
+    if (!configured)
+        return std::nullopt;
+    return configured->cancelledWith(model);
+}
+
 } // namespace
 
 QCoro::Task<bool> PRDetailViewModel::merge(QString method)
 {
-    const std::optional<GiteaClient> configured = SettingsStore::shared()->client();
-    if (!configured)
+    const std::optional<GiteaClient> client = actionClient(this);
+    if (!client)
         co_return false;
-    const GiteaClient client = configured->cancelledWith(this);
-    const QPointer<PRDetailViewModel> self(this);
     const QString owner = m_repo.owner.login;
     const QString name = m_repo.name;
     const qint64 number = m_prNumber;
+    ActionSteps action(this, &PRDetailViewModel::setBusyMessage,
+                       &PRDetailViewModel::setErrorMessage, mergingText);
 
-    setBusyMessage(mergingText);
-    const bool deleteBranch = SettingsStore::shared()->deleteBranchAfterMerge();
-    QCoro::Task<> request = client.merge(owner, name, number, method, deleteBranch);
-    const std::optional<Failure> failure = co_await attempt(std::move(request));
-    if (!self)
+    bool deleteBranch = SettingsStore::shared()->deleteBranchAfterMerge();
+    const Step merged = co_await action.perform(
+        client->merge(owner, name, number, method, deleteBranch), OnFailure::ShowUnlessConflict);
+    if (merged == Step::Failed)
         co_return false;
-
-    if (!failure) {
+    if (merged == Step::Conflicted) {
+        // Refused as out of date or conflicting: bring the branch up to date and try exactly once
+        // more, with the deletion setting as it is then.
+        action.show(updatingBranchText);
+        if (co_await action.perform(client->updateBranch(owner, name, number)) != Step::Done)
+            co_return false;
+        action.show(mergingText);
+        deleteBranch = SettingsStore::shared()->deleteBranchAfterMerge();
+        if (co_await action.perform(client->merge(owner, name, number, method, deleteBranch)) !=
+            Step::Done)
+            co_return false;
+        // On this path only the body flag deletes the branch: no separate deletion request.
+    } else {
         // The body flag already asks the server to delete the branch; the explicit deletion
         // covers servers that ignore it. Its outcome does not matter here.
         const std::optional<QString> headRef =
             m_pr && m_pr->head ? m_pr->head->ref : std::optional<QString>();
         if (deleteBranch && headRef) {
-            QCoro::Task<> deletion = client.deleteBranch(owner, name, *headRef);
-            co_await attempt(std::move(deletion));
-            if (!self)
+            co_await action.perform(client->deleteBranch(owner, name, *headRef), OnFailure::Ignore);
+            if (!action.modelExists())
                 co_return false;
         }
-        co_await refetchPullRequest(client);
-        if (!self)
-            co_return false;
-        setBusyMessage(std::nullopt);
-        co_return true;
     }
-
-    if (!failure->isMergeConflict()) {
-        if (!failure->isCancellation)
-            setErrorMessage(failure->description);
-        setBusyMessage(std::nullopt);
-        co_return false;
-    }
-
-    // Refused as out of date or conflicting: bring the branch up to date and try exactly once
-    // more.
-    setBusyMessage(updatingBranchText);
-    QCoro::Task<> update = client.updateBranch(owner, name, number);
-    const std::optional<Failure> updateFailure = co_await attempt(std::move(update));
-    if (!self)
-        co_return false;
-    if (updateFailure) {
-        if (!updateFailure->isCancellation)
-            setErrorMessage(updateFailure->description);
-        setBusyMessage(std::nullopt);
-        co_return false;
-    }
-
-    setBusyMessage(mergingText);
-    const bool deleteBranchOnRetry = SettingsStore::shared()->deleteBranchAfterMerge();
-    QCoro::Task<> retry = client.merge(owner, name, number, method, deleteBranchOnRetry);
-    const std::optional<Failure> retryFailure = co_await attempt(std::move(retry));
-    if (!self)
-        co_return false;
-    if (retryFailure) {
-        if (!retryFailure->isCancellation)
-            setErrorMessage(retryFailure->description);
-        setBusyMessage(std::nullopt);
-        co_return false;
-    }
-    // On this path only the body flag deletes the branch: no separate deletion request.
-    co_await refetchPullRequest(client);
-    if (!self)
-        co_return false;
-    setBusyMessage(std::nullopt);
-    co_return true;
+    co_await refetchPullRequest(*client);
+    co_return action.modelExists();
 }
 
 QCoro::Task<> PRDetailViewModel::setState(QString state)
 {
-    const std::optional<GiteaClient> configured = SettingsStore::shared()->client();
-    if (!configured)
+    const std::optional<GiteaClient> client = actionClient(this);
+    if (!client)
         co_return;
-    const GiteaClient client = configured->cancelledWith(this);
-    const QPointer<PRDetailViewModel> self(this);
-
-    setBusyMessage(updatingText);
-    QCoro::Task<> request = client.setState(m_repo.owner.login, m_repo.name, m_prNumber, state);
-    const std::optional<Failure> failure = co_await attempt(std::move(request));
-    if (!self)
-        co_return;
-    if (failure) {
-        if (!failure->isCancellation)
-            setErrorMessage(failure->description);
-    } else {
-        co_await refetchPullRequest(client);
-        if (!self)
-            co_return;
-    }
-    setBusyMessage(std::nullopt);
+    ActionSteps action(this, &PRDetailViewModel::setBusyMessage,
+                       &PRDetailViewModel::setErrorMessage, updatingText);
+    if (co_await action.perform(
+            client->setState(m_repo.owner.login, m_repo.name, m_prNumber, state)) == Step::Done)
+        co_await refetchPullRequest(*client);
 }
 
 QCoro::Task<> PRDetailViewModel::submitReview(QString state, std::optional<QString> comment)
 {
-    const std::optional<GiteaClient> configured = SettingsStore::shared()->client();
-    if (!configured)
+    const std::optional<GiteaClient> client = actionClient(this);
+    if (!client)
         co_return;
     // The one action that guards itself: the approve entry of the review menu can be reached
     // while a comment is still being posted.
     if (m_busyMessage)
         co_return;
-    const GiteaClient client = configured->cancelledWith(this);
-    const QPointer<PRDetailViewModel> self(this);
-
-    setBusyMessage(submittingText);
-    const Attempted<PullReview> review = co_await attempt(
-        client.submitReview(m_repo.owner.login, m_repo.name, m_prNumber, state, comment));
-    if (!self)
+    ActionSteps action(this, &PRDetailViewModel::setBusyMessage,
+                       &PRDetailViewModel::setErrorMessage, submittingText);
+    const std::optional<PullReview> review = co_await action.fetch(
+        client->submitReview(m_repo.owner.login, m_repo.name, m_prNumber, state, comment));
+    if (!review)
         co_return;
-    if (review.value) {
-        // One review per user, the newest last; the server keeps them all, a reload shows that.
-        QList<PullReview> reviews = m_reviews;
-        const std::optional<QString> author = loginOf(*review.value);
-        reviews.removeIf([&author](const PullReview &other) { return loginOf(other) == author; });
-        reviews.append(*review.value);
-        setReviews({reviews, m_reviewsCut});
-    } else if (!review.failure->isCancellation) {
-        setErrorMessage(review.failure->description);
-    }
-    setBusyMessage(std::nullopt);
+    // One review per user, the newest last; the server keeps them all, a reload shows that.
+    QList<PullReview> reviews = m_reviews;
+    const std::optional<QString> author = loginOf(*review);
+    reviews.removeIf([&author](const PullReview &other) { return loginOf(other) == author; });
+    reviews.append(*review);
+    setReviews({reviews, m_reviewsCut});
 }
 
 QCoro::Task<> PRDetailViewModel::postComment(QString body)
 {
-    const std::optional<GiteaClient> configured = SettingsStore::shared()->client();
-    if (!configured)
+    const std::optional<GiteaClient> client = actionClient(this);
+    if (!client)
         co_return;
-    const GiteaClient client = configured->cancelledWith(this);
-    const QPointer<PRDetailViewModel> self(this);
-
-    setBusyMessage(postingText);
-    const Attempted<IssueComment> comment =
-        co_await attempt(client.postComment(m_repo.owner.login, m_repo.name, m_prNumber, body));
-    if (!self)
+    ActionSteps action(this, &PRDetailViewModel::setBusyMessage,
+                       &PRDetailViewModel::setErrorMessage, postingText);
+    const std::optional<IssueComment> comment = co_await action.fetch(
+        client->postComment(m_repo.owner.login, m_repo.name, m_prNumber, body));
+    if (!comment)
         co_return;
-    if (comment.value) {
-        QList<IssueComment> comments = m_comments;
-        comments.append(*comment.value);
-        setComments(comments);
-    } else if (!comment.failure->isCancellation) {
-        setErrorMessage(comment.failure->description);
-    }
-    setBusyMessage(std::nullopt);
+    QList<IssueComment> comments = m_comments;
+    comments.append(*comment);
+    setComments(comments);
 }
 
 QCoro::Task<> PRDetailViewModel::rerun(qint64 runID)
 {
-    const std::optional<GiteaClient> configured = SettingsStore::shared()->client();
-    if (!configured)
+    const std::optional<GiteaClient> client = actionClient(this);
+    if (!client)
         co_return;
-    const GiteaClient client = configured->cancelledWith(this);
-    const QPointer<PRDetailViewModel> self(this);
-
-    setBusyMessage(rerunningText);
-    QCoro::Task<> request = client.rerun(m_repo.owner.login, m_repo.name, runID);
-    const std::optional<Failure> failure = co_await attempt(std::move(request));
-    if (!self)
+    ActionSteps action(this, &PRDetailViewModel::setBusyMessage,
+                       &PRDetailViewModel::setErrorMessage, rerunningText);
+    if (co_await action.perform(client->rerun(m_repo.owner.login, m_repo.name, runID)) !=
+        Step::Done)
         co_return;
-    if (failure) {
-        if (!failure->isCancellation)
-            setErrorMessage(failure->description);
-    } else {
-        // Unlike load(), an empty sha is passed on as it is.
-        const std::optional<QString> sha =
-            m_pr && m_pr->head ? m_pr->head->sha : std::optional<QString>();
-        if (sha) {
-            co_await loadRuns(client, *sha);
-            if (!self)
-                co_return;
-        }
-    }
-    setBusyMessage(std::nullopt);
+    // Unlike load(), an empty sha is passed on as it is.
+    const std::optional<QString> sha =
+        m_pr && m_pr->head ? m_pr->head->sha : std::optional<QString>();
+    if (sha)
+        co_await loadRuns(*client, *sha);
 }
 
 QCoro::Task<> PRDetailViewModel::refetchPullRequest(GiteaClient client)
