@@ -18,9 +18,9 @@
 #include "fixtures.h"
 #include "giteaclient.h"
 #include "inboxviewmodel.h"
-#include "settingsstore.h"
 #include "simulationthread.h"
 #include "storagemode.h"
+#include "teststores.h"
 #include "tlsproxy.h"
 
 #include <QCoreApplication>
@@ -37,6 +37,7 @@
 
 using namespace kestrine;
 using kestrine::testing::SimulationThread;
+using kestrine::testing::TestStores;
 using kestrine::testing::TlsProxy;
 using kestrine::testing::TrustedInProcess;
 
@@ -112,7 +113,8 @@ bool run(const Case &c)
         trusted.emplace(proxy->caCertificate());
         instance = proxy->url().toString();
     }
-    SettingsStore::shared()->overrideCredentials(instance, token);
+    TestStores stores;
+    stores.settings.overrideCredentials(instance, token);
 
     // The repository pages one after another (a full last page asks for one more), then one
     // round of pull request lists.
@@ -124,7 +126,7 @@ bool run(const Case &c)
     double clientCpu = 0;
     int rows = 0;
     for (int i = 0; i < loads; ++i) {
-        InboxViewModel model;
+        InboxViewModel model(stores.settings);
         const double processBefore = cpuSeconds(CLOCK_PROCESS_CPUTIME_ID);
         const double serverBefore = server.cpuSeconds();
         QElapsedTimer timer;

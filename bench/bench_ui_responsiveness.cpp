@@ -18,9 +18,10 @@
 #include "demoinstance.h"
 #include "fakegiteaserver.h"
 #include "fixtures.h"
-#include "settingsstore.h"
+#include "qmlservices.h"
 #include "simulationthread.h"
 #include "storagemode.h"
+#include "teststores.h"
 
 #include <QElapsedTimer>
 #include <QGuiApplication>
@@ -395,10 +396,13 @@ int main(int argc, char *argv[])
         });
     if (server.url().isEmpty())
         return 1;
-    SettingsStore::shared()->setInstanceURL(server.url());
-    SettingsStore::shared()->setToken(token);
+    // The log and the settings the screens work with, made and installed as the app does.
+    kestrine::testing::TestStores stores;
+    stores.settings.setInstanceURL(server.url());
+    stores.settings.setToken(token);
 
     QQmlEngine engine;
+    QmlServices::install(engine, stores.settings, stores.log);
     engine.addImportPath(QStringLiteral("qrc:/qt/qml"));
     QQmlComponent component(&engine);
     component.setData(scene, QUrl(QStringLiteral("bench.qml")));

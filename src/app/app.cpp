@@ -3,9 +3,11 @@
 #include "appdelegate.h"
 #include "backgroundscheduler.h"
 #include "demoinstance.h"
+#include "logstore.h"
 #include "notificationcenter.h"
 #include "notificationpass.h"
 #include "notificationservice.h"
+#include "qmlservices.h"
 #include "settingsstore.h"
 #include "storagemode.h"
 
@@ -57,8 +59,12 @@ bool KestrineApp::start()
     if (m_options.demo && !startDemo())
         return false;
 
-    // 1. The settings: the one store of the process, loaded now.
-    SettingsStore *settings = SettingsStore::shared();
+    // 1. The log and the settings, loaded now: the ones of the whole app, which the screens find on
+    // the engine.
+    m_log = std::make_unique<LogStore>();
+    m_settings = std::make_unique<SettingsStore>(m_log.get());
+    QmlServices::install(m_engine, *m_settings, *m_log);
+    SettingsStore *settings = m_settings.get();
     if (m_demo) {
         settings->setInstanceURL(m_demo->url().toString());
         settings->setToken(m_demo->token());
@@ -109,7 +115,8 @@ bool KestrineApp::startDemo()
 void KestrineApp::registerBackgroundTask()
 {
     m_notificationCenter = std::make_unique<FreedesktopNotificationCenter>();
-    m_notificationService = std::make_unique<NotificationService>(*m_notificationCenter);
+    m_notificationService =
+        std::make_unique<NotificationService>(*m_settings, *m_notificationCenter);
     // The same check also runs after every inbox load while notifications are on.
     NotificationPass::install(m_notificationService.get());
     m_scheduler = std::make_unique<InProcessScheduler>();

@@ -15,7 +15,9 @@ class DemoInstance;
 class FreedesktopNotificationCenter;
 class GiteaHttpServer;
 class InProcessScheduler;
+class LogStore;
 class NotificationService;
+class SettingsStore;
 
 /// How the app was asked to start.
 struct AppOptions
@@ -28,10 +30,11 @@ struct AppOptions
     std::function<std::unique_ptr<GiteaHttpServer>()> demoServer = nullptr;
 };
 
-/// The app entry: it creates the settings, registers the background task and opens the one window
-/// on the inbox, in that order. While that window is on screen and active the app is in front,
-/// and the notifications of its background check are not shown. Everything it creates lives as
-/// long as this object; create it after the QGuiApplication and destroy it before.
+/// The app entry: it creates the log and the settings, the one instance of each that everything of
+/// the app works with (the screens find them on the QML engine), registers the background task and
+/// opens the one window on the inbox, in that order. While that window is on screen and active the
+/// app is in front, and the notifications of its background check are not shown. Everything it
+/// creates lives as long as this object; create it after the QGuiApplication and destroy it before.
 class KestrineApp
 {
 public:
@@ -48,6 +51,9 @@ public:
     QQmlApplicationEngine &engine() { return m_engine; }
     /// The window, once started.
     QQuickWindow *window() const;
+    /// The app's log and settings, once started.
+    LogStore *log() const { return m_log.get(); }
+    SettingsStore *settings() const { return m_settings.get(); }
     /// The demo instance in demo mode; null otherwise.
     DemoInstance *demo() const { return m_demo.get(); }
 
@@ -73,6 +79,9 @@ private:
     AppOptions m_options;
     QString m_error;
     std::unique_ptr<DemoInstance> m_demo;
+    // Before everything that works with them.
+    std::unique_ptr<LogStore> m_log;
+    std::unique_ptr<SettingsStore> m_settings;
     std::unique_ptr<FreedesktopNotificationCenter> m_notificationCenter;
     std::unique_ptr<NotificationService> m_notificationService;
     std::unique_ptr<InProcessScheduler> m_scheduler;

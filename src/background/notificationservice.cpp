@@ -17,13 +17,15 @@ struct PassAbandoned
 
 } // namespace
 
-NotificationService::NotificationService(NotificationCenter &center, QObject *parent)
-    : NotificationService(center, NotificationState::defaultFilePath(), parent)
+NotificationService::NotificationService(SettingsStore &settings, NotificationCenter &center,
+                                         QObject *parent)
+    : NotificationService(settings, center, NotificationState::defaultFilePath(), parent)
 {}
 
-NotificationService::NotificationService(NotificationCenter &center, QString stateFilePath,
-                                         QObject *parent)
+NotificationService::NotificationService(SettingsStore &settings, NotificationCenter &center,
+                                         QString stateFilePath, QObject *parent)
     : QObject(parent)
+    , m_settings(settings)
     , m_center(center)
     , m_stateFilePath(std::move(stateFilePath))
 {}
@@ -37,7 +39,7 @@ QCoro::Task<int> NotificationService::poll()
 
 QCoro::Task<int> NotificationService::poll(QObject *cancellationScope)
 {
-    SettingsStore *settings = SettingsStore::shared();
+    const SettingsStore *settings = &m_settings;
     const std::optional<GiteaClient> configured = settings->client();
     if (!settings->isConfigured() || !settings->notificationsEnabled() || !configured)
         co_return 0;

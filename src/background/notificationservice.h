@@ -4,6 +4,7 @@
 #include "notificationcenter.h"
 #include "notificationpass.h"
 #include "notificationstate.h"
+#include "settingsstore.h"
 #include "summaries.h"
 
 #include <QObject>
@@ -18,9 +19,11 @@ class NotificationService : public QObject, public NotificationPass
     Q_OBJECT
 
 public:
-    NotificationService(NotificationCenter &center, QObject *parent = nullptr);
+    /// A service that checks the instance of `settings` while they have notifications on.
+    NotificationService(SettingsStore &settings, NotificationCenter &center,
+                        QObject *parent = nullptr);
     /// A service that keeps its memory in `stateFilePath` instead of the caches directory.
-    NotificationService(NotificationCenter &center, QString stateFilePath,
+    NotificationService(SettingsStore &settings, NotificationCenter &center, QString stateFilePath,
                         QObject *parent = nullptr);
 
     /// One whole pass; answers the number of notifications posted (0 when it stops early). It is
@@ -43,6 +46,7 @@ private:
     QCoro::Task<CIStatus::Value> ciStatus(PullRequest pr, Repository repo, GiteaClient client);
     void fire(const QString &title, const QString &body);
 
+    SettingsStore &m_settings;
     NotificationCenter &m_center;
     QString m_stateFilePath;
 };

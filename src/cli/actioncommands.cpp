@@ -98,7 +98,7 @@ QCoro::Task<int> runAction(Arguments arguments, Session &session, Action action)
     if (!ensureConfigured(session))
         co_return ExitCode::Failure;
 
-    PRDetailViewModel model(target.repo, target.number);
+    PRDetailViewModel model(session.settings(), target.repo, target.number);
     const ProgressEcho progress(model);
     if (!co_await loadPullRequest(model))
         co_return ExitCode::Failure;

@@ -39,10 +39,10 @@ void flushSessionBus()
 
 } // namespace
 
-BackgroundCheck::BackgroundCheck(QObject *parent)
+BackgroundCheck::BackgroundCheck(SettingsStore &settings, QObject *parent)
     : QObject(parent)
     , m_center(std::make_unique<PostingCenter>())
-    , m_service(*m_center)
+    , m_service(settings, *m_center)
 {
     NotificationPass::install(this);
 }

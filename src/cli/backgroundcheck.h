@@ -20,7 +20,8 @@ class BackgroundCheck : public QObject, public NotificationPass
     Q_OBJECT
 
 public:
-    explicit BackgroundCheck(QObject *parent = nullptr);
+    /// Checks the instance of `settings`.
+    explicit BackgroundCheck(SettingsStore &settings, QObject *parent = nullptr);
     ~BackgroundCheck() override;
 
     /// One pass of the notification service; answers the number of notifications posted.

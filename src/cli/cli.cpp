@@ -6,9 +6,13 @@
 #include "exitcode.h"
 #include "help.h"
 #include "session.h"
+#include "terminationsignal.h"
 
 #include <QCoreApplication>
 #include <QTimer>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
 
 namespace kestrine::cli {
 namespace {
@@ -121,6 +125,15 @@ int run(QStringList arguments)
     }
 
     Session session;
+    // Stopped by systemd (the background check's service) or kill: the command is cut short, but
+    // the lines it logged are written first. The exit status is the one of a process SIGTERM
+    // ended; nothing unwinds, as the command's coroutines would resume into a gone session.
+    onTerminationSignal([&session] {
+        session.flushLog();
+        std::fflush(stdout);
+        std::fflush(stderr);
+        std::_Exit(128 + SIGTERM);
+    });
     if (options.demo) {
         if (const std::optional<QString> failure = session.startDemo()) {
             console::printError(failure.value());

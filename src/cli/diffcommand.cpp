@@ -19,7 +19,7 @@ QCoro::Task<int> runDiff(Arguments arguments, Session &session)
     if (!ensureConfigured(session, notConfiguredMessage()))
         co_return ExitCode::Failure;
 
-    DiffModel model(target.repo, target.number, file);
+    DiffModel model(session.settings(), target.repo, target.number, file);
     co_await model.load();
     if (model.errorMessage()) {
         console::printError(*model.errorMessage());

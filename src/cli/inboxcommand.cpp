@@ -34,8 +34,7 @@ QString rowLine(const PRRow &row)
 
 QCoro::Task<int> runInbox(Arguments arguments, Session &session)
 {
-    session.settings();
-    InboxViewModel inbox;
+    InboxViewModel inbox(session.settings());
     co_await inbox.load();
     if (inbox.errorMessage()) {
         console::printError(*inbox.errorMessage());

@@ -20,7 +20,7 @@ QCoro::Task<int> runJobLog(Arguments arguments, Session &session)
         co_return ExitCode::Failure;
 
     // The run a job belongs to plays no part in fetching its log.
-    JobLogModel model(repo, 0, jobID, QString());
+    JobLogModel model(session.settings(), repo, 0, jobID, QString());
     co_await model.load();
     if (model.errorMessage()) {
         console::printError(*model.errorMessage());

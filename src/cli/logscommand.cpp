@@ -4,15 +4,16 @@
 #include "console.h"
 #include "exitcode.h"
 #include "logstore.h"
+#include "session.h"
 
 namespace kestrine::cli {
 namespace {
 
 const QString clearOption = QStringLiteral("--clear");
 
-QCoro::Task<int> runLogs(Arguments arguments, Session &)
+QCoro::Task<int> runLogs(Arguments arguments, Session &session)
 {
-    LogStore *log = LogStore::shared();
+    LogStore *log = &session.log();
     if (arguments.isSet(clearOption)) {
         log->clear();
         co_return ExitCode::Success;

@@ -54,7 +54,7 @@ QCoro::Task<int> runMerge(Arguments arguments, Session &session)
     if (!ensureConfigured(session))
         co_return ExitCode::Failure;
 
-    PRDetailViewModel model(target.repo, target.number);
+    PRDetailViewModel model(session.settings(), target.repo, target.number);
     const ProgressEcho progress(model);
     if (!co_await loadPullRequest(model))
         co_return ExitCode::Failure;

@@ -33,12 +33,25 @@ std::optional<QString> Session::startDemo()
     return std::nullopt;
 }
 
+LogStore &Session::log()
+{
+    if (!m_log)
+        m_log = std::make_unique<LogStore>();
+    return *m_log;
+}
+
+void Session::flushLog()
+{
+    if (m_log)
+        m_log->flush();
+}
+
 SettingsStore &Session::settings()
 {
-    SettingsStore *store = SettingsStore::shared();
-    if (m_settingsOpened)
-        return *store;
-    m_settingsOpened = true;
+    if (m_settings)
+        return *m_settings;
+    m_settings = std::make_unique<SettingsStore>(&log());
+    SettingsStore *store = m_settings.get();
     if (m_demo) {
         // As the app does: its keychain is in memory in this mode.
         store->setInstanceURL(m_demo->url().toString());
@@ -54,7 +67,7 @@ SettingsStore &Session::settings()
 BackgroundCheck &Session::backgroundCheck()
 {
     if (!m_check)
-        m_check = std::make_unique<BackgroundCheck>();
+        m_check = std::make_unique<BackgroundCheck>(settings());
     return *m_check;
 }
 

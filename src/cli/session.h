@@ -1,6 +1,7 @@
 #pragma once
 
 #include "backgroundcheck.h"
+#include "logstore.h"
 #include "settingsstore.h"
 
 #include <QCoroTask>
@@ -14,10 +15,11 @@ class DemoInstance;
 
 namespace kestrine::cli {
 
-/// What one run of kestrine-cli sets up around its command: where the instance URL and the token
-/// come from (the keychain; KESTRINE_URL and KESTRINE_TOKEN for this run only; or the built-in
-/// demo instance), and the background check that the command's models may start, which the run
-/// waits for before it ends.
+/// What one run of kestrine-cli sets up around its command: the run's log and settings, which the
+/// command hands to the models it makes; where the instance URL and the token come from (the
+/// keychain; KESTRINE_URL and KESTRINE_TOKEN for this run only; or the built-in demo instance);
+/// and the background check that the command's models may start, which the run waits for before
+/// it ends.
 class Session
 {
 public:
@@ -32,10 +34,17 @@ public:
     /// the error text when the demo cannot start.
     std::optional<QString> startDemo();
 
-    /// The shared settings store, loaded on the first call with this run's credentials applied;
+    /// The run's settings store, loaded on the first call with this run's credentials applied;
     /// the background check is installed with it, so that whatever the command's models start is
     /// waited for.
     SettingsStore &settings();
+
+    /// The run's diagnostic log, loaded on the first call (after startDemo(), which decides where
+    /// it is stored).
+    LogStore &log();
+
+    /// Writes the log's waiting lines, when it was opened.
+    void flushLog();
 
     /// The background check of this run.
     BackgroundCheck &backgroundCheck();
@@ -45,7 +54,8 @@ public:
 
 private:
     std::unique_ptr<DemoInstance> m_demo;
-    bool m_settingsOpened = false;
+    std::unique_ptr<LogStore> m_log;
+    std::unique_ptr<SettingsStore> m_settings;
     std::unique_ptr<BackgroundCheck> m_check;
 };
 

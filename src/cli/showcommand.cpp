@@ -206,7 +206,7 @@ QCoro::Task<int> runShow(Arguments arguments, Session &session)
     const PullRequestTarget target = targetArgument(arguments);
     if (!ensureConfigured(session))
         co_return ExitCode::Failure;
-    PRDetailViewModel model(target.repo, target.number);
+    PRDetailViewModel model(session.settings(), target.repo, target.number);
     if (!co_await loadPullRequest(model))
         co_return ExitCode::Failure;
 

@@ -12,10 +12,13 @@ namespace kestrine {
 
 DiffModel::DiffModel(QObject *parent)
     : QAbstractListModel(parent)
+    , SettingsUser(this, nullptr)
 {}
 
-DiffModel::DiffModel(Repository repo, qint64 prNumber, ChangedFile file, QObject *parent)
+DiffModel::DiffModel(SettingsStore &settings, Repository repo, qint64 prNumber, ChangedFile file,
+                     QObject *parent)
     : QAbstractListModel(parent)
+    , SettingsUser(this, &settings)
     , m_repo(std::move(repo))
     , m_prNumber(prNumber)
     , m_file(std::move(file))
@@ -49,7 +52,7 @@ QCoro::Task<> DiffModel::load()
 {
     setLoading(true);
     setErrorMessage(std::nullopt);
-    const std::optional<GiteaClient> configured = SettingsStore::shared()->client();
+    const std::optional<GiteaClient> configured = configuredClient();
     if (!configured) {
         setErrorMessage(notConfiguredMessage());
         setLoading(false);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "diffparser.h"
+#include "qmlservices.h"
 #include "records.h"
 
 #include <QAbstractListModel>
@@ -16,9 +17,10 @@ namespace kestrine {
 /// the whole pull request's diff and cuts out the file's section (see parseFileDiff). Roles: text
 /// (the line as in the diff) and type (a DiffLineType::Value). Rows are told apart by their
 /// position: every load resets the model.
-class DiffModel : public QAbstractListModel
+class DiffModel : public QAbstractListModel, public SettingsUser
 {
     Q_OBJECT
+    Q_INTERFACES(QQmlParserStatus)
     QML_ELEMENT
     Q_PROPERTY(QVariant repo READ qmlRepo WRITE setQmlRepo NOTIFY repoChanged)
     Q_PROPERTY(qint64 prNumber READ prNumber WRITE setPrNumber NOTIFY prNumberChanged)
@@ -34,8 +36,10 @@ public:
         TypeRole,
     };
 
+    /// For QML, which sets the rest afterwards; the settings are its engine's.
     explicit DiffModel(QObject *parent = nullptr);
-    DiffModel(Repository repo, qint64 prNumber, ChangedFile file, QObject *parent = nullptr);
+    DiffModel(SettingsStore &settings, Repository repo, qint64 prNumber, ChangedFile file,
+              QObject *parent = nullptr);
 
     const Repository &repo() const { return m_repo; }
     void setRepo(const Repository &repo);

@@ -11,11 +11,13 @@ namespace kestrine {
 
 JobLogModel::JobLogModel(QObject *parent)
     : QObject(parent)
+    , SettingsUser(this, nullptr)
 {}
 
-JobLogModel::JobLogModel(Repository repo, qint64 runID, qint64 jobID, QString jobName,
-                         QObject *parent)
+JobLogModel::JobLogModel(SettingsStore &settings, Repository repo, qint64 runID, qint64 jobID,
+                         QString jobName, QObject *parent)
     : QObject(parent)
+    , SettingsUser(this, &settings)
     , m_repo(std::move(repo))
     , m_runID(runID)
     , m_jobID(jobID)
@@ -66,7 +68,7 @@ QCoro::Task<> JobLogModel::load()
 {
     setLoading(true);
     setErrorMessage(std::nullopt);
-    const std::optional<GiteaClient> configured = SettingsStore::shared()->client();
+    const std::optional<GiteaClient> configured = configuredClient();
     if (!configured) {
         setErrorMessage(notConfiguredMessage());
         setLoading(false);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "qmlservices.h"
 #include "records.h"
 
 #include <QCoroTask>
@@ -13,9 +14,10 @@ namespace kestrine {
 
 /// The raw log of one Actions job, for the job log screen: the text exactly as the server sends
 /// it (escape sequences, timestamps and all), with no size cap.
-class JobLogModel : public QObject
+class JobLogModel : public QObject, public SettingsUser
 {
     Q_OBJECT
+    Q_INTERFACES(QQmlParserStatus)
     QML_ELEMENT
     Q_PROPERTY(QVariant repo READ qmlRepo WRITE setQmlRepo NOTIFY repoChanged)
     /// The run the job belongs to; the log request does not need it.
@@ -30,9 +32,10 @@ class JobLogModel : public QObject
     Q_PROPERTY(bool showShare READ showShare WRITE setShowShare NOTIFY showShareChanged)
 
 public:
+    /// For QML, which sets the rest afterwards; the settings are its engine's.
     explicit JobLogModel(QObject *parent = nullptr);
-    JobLogModel(Repository repo, qint64 runID, qint64 jobID, QString jobName,
-                QObject *parent = nullptr);
+    JobLogModel(SettingsStore &settings, Repository repo, qint64 runID, qint64 jobID,
+                QString jobName, QObject *parent = nullptr);
 
     const Repository &repo() const { return m_repo; }
     void setRepo(const Repository &repo);

@@ -123,9 +123,9 @@ private:
 
 /// The client of an action, its requests cancelled when the model goes; nothing when the settings
 /// name no instance.
-std::optional<GiteaClient> actionClient(QObject *model)
+std::optional<GiteaClient> actionClient(PRDetailViewModel *model,
+                                        const std::optional<GiteaClient> &configured)
 {
-    const std::optional<GiteaClient> configured = SettingsStore::shared()->client();
     if (!configured)
         return std::nullopt;
     return configured->cancelledWith(model);
@@ -135,7 +135,7 @@ std::optional<GiteaClient> actionClient(QObject *model)
 
 QCoro::Task<bool> PRDetailViewModel::merge(QString method)
 {
-    const std::optional<GiteaClient> client = actionClient(this);
+    const std::optional<GiteaClient> client = actionClient(this, configuredClient());
     if (!client)
         co_return false;
     const QString owner = m_repo.owner.login;
@@ -144,7 +144,7 @@ QCoro::Task<bool> PRDetailViewModel::merge(QString method)
     ActionSteps action(this, &PRDetailViewModel::setBusyMessage,
                        &PRDetailViewModel::setErrorMessage, mergingText);
 
-    bool deleteBranch = SettingsStore::shared()->deleteBranchAfterMerge();
+    bool deleteBranch = settings()->deleteBranchAfterMerge();
     const Step merged = co_await action.perform(
         client->merge(owner, name, number, method, deleteBranch), OnFailure::ShowUnlessConflict);
     if (merged == Step::Failed)
@@ -156,7 +156,7 @@ QCoro::Task<bool> PRDetailViewModel::merge(QString method)
         if (co_await action.perform(client->updateBranch(owner, name, number)) != Step::Done)
             co_return false;
         action.show(mergingText);
-        deleteBranch = SettingsStore::shared()->deleteBranchAfterMerge();
+        deleteBranch = settings()->deleteBranchAfterMerge();
         if (co_await action.perform(client->merge(owner, name, number, method, deleteBranch)) !=
             Step::Done)
             co_return false;
@@ -178,7 +178,7 @@ QCoro::Task<bool> PRDetailViewModel::merge(QString method)
 
 QCoro::Task<> PRDetailViewModel::setState(QString state)
 {
-    const std::optional<GiteaClient> client = actionClient(this);
+    const std::optional<GiteaClient> client = actionClient(this, configuredClient());
     if (!client)
         co_return;
     ActionSteps action(this, &PRDetailViewModel::setBusyMessage,
@@ -190,7 +190,7 @@ QCoro::Task<> PRDetailViewModel::setState(QString state)
 
 QCoro::Task<> PRDetailViewModel::submitReview(QString state, std::optional<QString> comment)
 {
-    const std::optional<GiteaClient> client = actionClient(this);
+    const std::optional<GiteaClient> client = actionClient(this, configuredClient());
     if (!client)
         co_return;
     // The one action that guards itself: the approve entry of the review menu can be reached
@@ -213,7 +213,7 @@ QCoro::Task<> PRDetailViewModel::submitReview(QString state, std::optional<QStri
 
 QCoro::Task<> PRDetailViewModel::postComment(QString body)
 {
-    const std::optional<GiteaClient> client = actionClient(this);
+    const std::optional<GiteaClient> client = actionClient(this, configuredClient());
     if (!client)
         co_return;
     ActionSteps action(this, &PRDetailViewModel::setBusyMessage,
@@ -229,7 +229,7 @@ QCoro::Task<> PRDetailViewModel::postComment(QString body)
 
 QCoro::Task<> PRDetailViewModel::rerun(qint64 runID)
 {
-    const std::optional<GiteaClient> client = actionClient(this);
+    const std::optional<GiteaClient> client = actionClient(this, configuredClient());
     if (!client)
         co_return;
     ActionSteps action(this, &PRDetailViewModel::setBusyMessage,

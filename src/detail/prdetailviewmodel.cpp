@@ -4,7 +4,6 @@
 
 #include "failure_p.h"
 #include "listcut.h"
-#include "logstore.h"
 #include "qmlrecords_p.h"
 #include "settingsstore.h"
 
@@ -34,17 +33,32 @@ auto stopCheck(const QPointer<PRDetailViewModel> &self, const GiteaClient &clien
 } // namespace
 
 PRDetailViewModel::PRDetailViewModel(QObject *parent)
-    : PRDetailViewModel(Repository(), 0, parent)
+    : PRDetailViewModel(nullptr, Repository(), 0, parent)
 {}
 
-PRDetailViewModel::PRDetailViewModel(Repository repo, qint64 prNumber, QObject *parent)
+PRDetailViewModel::PRDetailViewModel(SettingsStore &settings, Repository repo, qint64 prNumber,
+                                     QObject *parent)
+    : PRDetailViewModel(&settings, std::move(repo), prNumber, parent)
+{}
+
+PRDetailViewModel::PRDetailViewModel(SettingsStore *settings, Repository repo, qint64 prNumber,
+                                     QObject *parent)
     : QObject(parent)
+    , SettingsUser(this, settings)
     , m_repo(std::move(repo))
     , m_prNumber(prNumber)
 {
+    if (settings)
+        settingsFound();
+    else
+        updateMergeGate();
+}
+
+void PRDetailViewModel::settingsFound()
+{
     // The gate follows the settings as they change, so switching the mode in the settings screen
     // takes effect on an open detail screen without a reload.
-    connect(SettingsStore::shared(), &SettingsStore::mergeGateModeChanged, this,
+    connect(settings(), &SettingsStore::mergeGateModeChanged, this,
             &PRDetailViewModel::updateMergeGate);
     updateMergeGate();
 }
@@ -71,7 +85,7 @@ void PRDetailViewModel::setPrNumber(qint64 prNumber)
 
 QCoro::Task<> PRDetailViewModel::load()
 {
-    const std::optional<GiteaClient> configured = SettingsStore::shared()->client();
+    const std::optional<GiteaClient> configured = configuredClient();
     if (!configured)
         co_return;
 
@@ -96,10 +110,9 @@ QCoro::Task<> PRDetailViewModel::load()
         co_return;
     if (fetched.failure) {
         if (!fetched.failure->isCancellation) {
-            LogStore::shared()->log(LogLevel::Error, QStringLiteral("PR ") +
-                                                         QString::number(number) +
-                                                         QStringLiteral(": load failed: ") +
-                                                         fetched.failure->description);
+            log(LogLevel::Error, QStringLiteral("PR ") + QString::number(number) +
+                                     QStringLiteral(": load failed: ") +
+                                     fetched.failure->description);
             setErrorMessage(fetched.failure->description);
         }
         endLoad();
@@ -162,10 +175,9 @@ QCoro::Task<> PRDetailViewModel::loadRuns(GiteaClient client, QString sha)
         // A server without Actions must not make the pull request look broken: a log line, but
         // no error message, and the runs shown so far stay.
         if (!runs.failure->isCancellation) {
-            LogStore::shared()->log(LogLevel::Warn, QStringLiteral("PR ") +
-                                                        QString::number(number) +
-                                                        QStringLiteral(": actions/runs failed: ") +
-                                                        runs.failure->description);
+            log(LogLevel::Warn, QStringLiteral("PR ") + QString::number(number) +
+                                    QStringLiteral(": actions/runs failed: ") +
+                                    runs.failure->description);
         }
         endRunsLoad();
         co_return;
@@ -313,8 +325,9 @@ void PRDetailViewModel::setBusyMessage(const std::optional<QString> &message)
 
 void PRDetailViewModel::updateMergeGate()
 {
-    const MergeGateDecision decision =
-        kestrine::mergeGate(ciStatus(), SettingsStore::shared()->mergeGateMode());
+    // Without settings (yet) the mode is the default one.
+    const MergeGateMode mode = settings() ? settings()->mergeGateMode() : MergeGateMode::Warn;
+    const MergeGateDecision decision = kestrine::mergeGate(ciStatus(), mode);
     if (m_mergeGate == decision)
         return;
     m_mergeGate = decision;

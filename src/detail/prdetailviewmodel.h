@@ -2,6 +2,7 @@
 
 #include "giteaclient.h"
 #include "mergegate.h"
+#include "qmlservices.h"
 #include "records.h"
 #include "summaries.h"
 
@@ -29,10 +30,12 @@ namespace kestrine {
 /// scope aborts them.
 ///
 /// Each published field has a typed accessor for C++ and a Q_PROPERTY in QML form (records as
-/// JavaScript objects with their JSON keys; optional texts as "" when absent). Main thread only.
-class PRDetailViewModel : public QObject
+/// JavaScript objects with their JSON keys; optional texts as "" when absent). Its settings come
+/// from its creator (SettingsUser). Main thread only.
+class PRDetailViewModel : public QObject, public SettingsUser
 {
     Q_OBJECT
+    Q_INTERFACES(QQmlParserStatus)
     QML_ELEMENT
 
     Q_PROPERTY(QVariant repo READ qmlRepo WRITE setQmlRepo NOTIFY repoChanged)
@@ -62,9 +65,10 @@ class PRDetailViewModel : public QObject
 public:
     using JobsByRun = QMap<qint64, QList<ActionJob>>;
 
-    /// For QML, which sets `repo` and `prNumber` afterwards.
+    /// For QML, which sets `repo` and `prNumber` afterwards; the settings are its engine's.
     explicit PRDetailViewModel(QObject *parent = nullptr);
-    PRDetailViewModel(Repository repo, qint64 prNumber, QObject *parent = nullptr);
+    PRDetailViewModel(SettingsStore &settings, Repository repo, qint64 prNumber,
+                      QObject *parent = nullptr);
     ~PRDetailViewModel() override;
 
     const Repository &repo() const { return m_repo; }
@@ -166,6 +170,10 @@ signals:
     void mergeFinished(bool merged);
 
 private:
+    PRDetailViewModel(SettingsStore *settings, Repository repo, qint64 prNumber, QObject *parent);
+    /// Follows the merge gate mode of the settings, once they are known.
+    void settingsFound() override;
+
     /// Fetches the runs of `sha` and then, one run after another, their jobs.
     QCoro::Task<> loadRuns(GiteaClient client, QString sha);
     /// Stores the pull request as the server has it now, or nothing when that fetch fails.

@@ -1,7 +1,6 @@
 #include "inboxviewmodel.h"
 
 #include "apierror.h"
-#include "logstore.h"
 #include "notificationpass.h"
 #include "repositoryselection.h"
 #include "settingsstore.h"
@@ -87,24 +86,33 @@ QCoro::Task<> runNotificationPass(NotificationPass *pass)
 } // namespace
 
 InboxViewModel::InboxViewModel(QObject *parent)
-    : InboxViewModel(InboxCache(), parent)
+    : InboxViewModel(nullptr, InboxCache(), parent)
 {}
 
-InboxViewModel::InboxViewModel(InboxCache cache, QObject *parent)
+InboxViewModel::InboxViewModel(SettingsStore &settings, QObject *parent)
+    : InboxViewModel(&settings, InboxCache(), parent)
+{}
+
+InboxViewModel::InboxViewModel(SettingsStore &settings, InboxCache cache, QObject *parent)
+    : InboxViewModel(&settings, std::move(cache), parent)
+{}
+
+InboxViewModel::InboxViewModel(SettingsStore *settings, InboxCache cache, QObject *parent)
     : QObject(parent)
+    , SettingsUser(this, settings)
     , m_cache(std::move(cache))
 {}
 
 QCoro::Task<> InboxViewModel::load()
 {
-    SettingsStore *settings = SettingsStore::shared();
-    const std::optional<GiteaClient> configuredClient = settings->client();
-    if (!settings->isConfigured() || !configuredClient) {
+    const SettingsStore *settings = this->settings();
+    const std::optional<GiteaClient> configured = configuredClient();
+    if (!configured || !settings->isConfigured()) {
         setErrorMessage(notConfiguredText());
         co_return;
     }
     const QPointer<InboxViewModel> self(this);
-    const GiteaClient client = configuredClient->cancelledWith(this);
+    const GiteaClient client = configured->cancelledWith(this);
 
     // The first repository page is on its way (a task runs until it first waits) while the
     // cache, megabytes for a large instance, is read and shown.
@@ -127,8 +135,7 @@ QCoro::Task<> InboxViewModel::load()
         co_return;
     if (reposFailure) {
         const QString description = errorDescription(reposFailure);
-        LogStore::shared()->log(LogLevel::Error,
-                                QStringLiteral("Inbox load failed: ") + description);
+        log(LogLevel::Error, QStringLiteral("Inbox load failed: ") + description);
         setErrorMessage(description);
         if (m_displayedRows.isEmpty())
             setDisplayedRows(m_cache.read().value_or(QList<PRRow>()));
@@ -137,8 +144,7 @@ QCoro::Task<> InboxViewModel::load()
     }
 
     const QList<Repository> selected = selectRepositories(repositories, settings->monitoredRepos());
-    LogStore::shared()->log(
-        LogLevel::Info,
+    log(LogLevel::Info,
         QStringLiteral("Inbox: %1/%2 repos").arg(selected.size()).arg(repositories.size()));
 
     // Every repository's request starts before any answer is awaited; answers are taken in the
@@ -161,9 +167,9 @@ QCoro::Task<> InboxViewModel::load()
             failures.append(std::get<QString>(outcome));
     }
     if (!failures.isEmpty()) {
-        LogStore::shared()->log(LogLevel::Warn, QStringLiteral("Inbox: %1 repo(s) failed: %2")
-                                                    .arg(failures.size())
-                                                    .arg(failures.join(QStringLiteral("; "))));
+        log(LogLevel::Warn, QStringLiteral("Inbox: %1 repo(s) failed: %2")
+                                .arg(failures.size())
+                                .arg(failures.join(QStringLiteral("; "))));
     }
 
     // Newest update first; a row without an update time counts as the earliest time there is.

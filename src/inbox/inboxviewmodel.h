@@ -2,6 +2,7 @@
 
 #include "inboxcache.h"
 #include "prrow.h"
+#include "qmlservices.h"
 
 #include <QCoroTask>
 #include <QObject>
@@ -13,9 +14,10 @@ namespace kestrine {
 
 /// The model behind the inbox: the open pull requests of every watched repository in one list,
 /// newest update first. One instance per inbox screen, main thread only.
-class InboxViewModel : public QObject
+class InboxViewModel : public QObject, public SettingsUser
 {
     Q_OBJECT
+    Q_INTERFACES(QQmlParserStatus)
     QML_ELEMENT
 
     /// Kept for the screens' sake but never filled: the screen lists displayedRows.
@@ -33,9 +35,11 @@ public:
         return QStringLiteral("Configure your Gitea instance in Settings.");
     }
 
+    /// For QML: the settings are its engine's.
     explicit InboxViewModel(QObject *parent = nullptr);
+    explicit InboxViewModel(SettingsStore &settings, QObject *parent = nullptr);
     /// A model over a given cache file instead of the one in the caches directory.
-    InboxViewModel(InboxCache cache, QObject *parent = nullptr);
+    InboxViewModel(SettingsStore &settings, InboxCache cache, QObject *parent = nullptr);
 
     const QList<PRRow> &rows() const { return m_rows; }
     const QList<PRRow> &displayedRows() const { return m_displayedRows; }
@@ -63,6 +67,8 @@ signals:
     void errorMessageChanged();
 
 private:
+    InboxViewModel(SettingsStore *settings, InboxCache cache, QObject *parent);
+
     void setDisplayedRows(QList<PRRow> rows);
     void setLoading(bool loading);
     void setErrorMessage(std::optional<QString> message);

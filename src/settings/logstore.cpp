@@ -2,13 +2,13 @@
 
 #include "dates.h"
 #include "defaultsstore.h"
+#include "qmlservices.h"
 
 #include <QCoreApplication>
 #include <QJSEngine>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QPointer>
 #include <optional>
 
 namespace kestrine {
@@ -65,8 +65,8 @@ LogStore::LogStore(QObject *parent)
     m_writeTimer.setSingleShot(true);
     m_writeTimer.setInterval(writeDelay);
     connect(&m_writeTimer, &QTimer::timeout, this, &LogStore::flush);
-    // The application may be left without destroying the log (a shared log has the application
-    // as parent, but a quit that ends in exit() never gets there).
+    // The application may be left without destroying the log (a quit that ends in exit() never
+    // gets to the destructor).
     if (QCoreApplication *application = QCoreApplication::instance())
         connect(application, &QCoreApplication::aboutToQuit, this, &LogStore::flush);
 
@@ -83,19 +83,13 @@ LogStore::~LogStore()
     flush();
 }
 
-LogStore *LogStore::shared()
+LogStore *LogStore::create(QQmlEngine *qmlEngine, QJSEngine *)
 {
-    // QPointer: the application object deletes the log when it goes, and a later call then makes
-    // a new one instead of handing out a dangling pointer.
-    static QPointer<LogStore> instance;
-    if (!instance)
-        instance = new LogStore(QCoreApplication::instance());
-    return instance;
-}
-
-LogStore *LogStore::create(QQmlEngine *, QJSEngine *)
-{
-    LogStore *store = shared();
+    LogStore *store = QmlServices::log(qmlEngine);
+    if (!store) {
+        qCritical("LogStore: no log was installed on this QML engine.");
+        return nullptr;
+    }
     QJSEngine::setObjectOwnership(store, QJSEngine::CppOwnership);
     return store;
 }

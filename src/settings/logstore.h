@@ -77,16 +77,14 @@ public:
     /// How long a line waits, at most, before it is on disk.
     static constexpr std::chrono::milliseconds writeDelay{1000};
 
-    /// A log over what the defaults store holds now. The app uses shared(); separate instances
-    /// are for reading the stored log afresh.
+    /// A log over what the defaults store holds now. The program makes one at its entry and
+    /// hands it on; separate instances are for reading the stored log afresh.
     explicit LogStore(QObject *parent = nullptr);
     /// Writes what is still waiting.
     ~LogStore() override;
 
-    /// The process-wide log, created (and loaded) on first use; owned by the application object
-    /// when there is one.
-    static LogStore *shared();
-    /// The QML singleton is the shared log; C++ keeps ownership.
+    /// The QML singleton is the log the program installed on the engine (QmlServices); C++ keeps
+    /// ownership.
     static LogStore *create(QQmlEngine *qmlEngine, QJSEngine *jsEngine);
 
     /// Appends a line stamped now and drops the oldest beyond 500; the disk follows within

@@ -4,6 +4,7 @@
 #include "defaultsstore.h"
 #include "keychainhelper.h"
 #include "logstore.h"
+#include "qmlservices.h"
 #include "settingsstore.h"
 #include "storagemode.h"
 #include "terminationsignal.h"

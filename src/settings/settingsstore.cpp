@@ -2,11 +2,9 @@
 
 #include "defaultsstore.h"
 #include "keychainhelper.h"
-#include "logstore.h"
+#include "qmlservices.h"
 
-#include <QCoreApplication>
 #include <QJSEngine>
-#include <QPointer>
 #include <QVariant>
 
 namespace kestrine {
@@ -87,8 +85,9 @@ MergeGateMode mergeGateModeFromLabel(const QString &label)
     return label == blockLabel ? MergeGateMode::Block : MergeGateMode::Warn;
 }
 
-SettingsStore::SettingsStore(QObject *parent)
+SettingsStore::SettingsStore(LogSink *log, QObject *parent)
     : QObject(parent)
+    , m_log(log)
 {
     // In this order: the in-memory flag, the two credentials, then the defaults store. Nothing is
     // written back, so a value that was never set stays unset.
@@ -110,19 +109,13 @@ SettingsStore::SettingsStore(QObject *parent)
         notifications.typeId() == QMetaType::Bool ? notifications.toBool() : false;
 }
 
-SettingsStore *SettingsStore::shared()
+SettingsStore *SettingsStore::create(QQmlEngine *qmlEngine, QJSEngine *)
 {
-    // QPointer: the application object deletes the store when it goes, and a later call then
-    // makes a new one instead of handing out a dangling pointer.
-    static QPointer<SettingsStore> instance;
-    if (!instance)
-        instance = new SettingsStore(QCoreApplication::instance());
-    return instance;
-}
-
-SettingsStore *SettingsStore::create(QQmlEngine *, QJSEngine *)
-{
-    SettingsStore *store = shared();
+    SettingsStore *store = QmlServices::settings(qmlEngine);
+    if (!store) {
+        qCritical("SettingsStore: no settings were installed on this QML engine.");
+        return nullptr;
+    }
     QJSEngine::setObjectOwnership(store, QJSEngine::CppOwnership);
     return store;
 }
@@ -237,7 +230,7 @@ std::optional<GiteaClient> SettingsStore::client() const
     const std::optional<QUrl> url = baseURL();
     if (!url)
         return std::nullopt;
-    return GiteaClient(*url, m_token, GiteaClient::sharedSession(), LogStore::shared());
+    return GiteaClient(*url, m_token, GiteaClient::sharedSession(), m_log);
 }
 
 QString SettingsStore::labelOf(MergeGateMode mode)

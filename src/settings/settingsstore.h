@@ -27,8 +27,8 @@ namespace kestrine {
 /// Persistence failures are silent: a keychain write that fails leaves the new value in memory
 /// and the stored one as it was.
 ///
-/// One process-wide instance, shared(), read from the stores when it is first used. Main thread
-/// only.
+/// The program makes one at its entry and hands it to what it creates (view models take it in
+/// their constructor, or from their QML engine: see QmlServices). Main thread only.
 class SettingsStore : public QObject
 {
     Q_OBJECT
@@ -72,14 +72,16 @@ public:
     static constexpr QLatin1StringView notificationsEnabledKey{"notificationsEnabled"};
 
     /// A store loaded from what the keychain and the defaults store hold now; loading writes
-    /// nothing back. The app uses shared(); a separate instance shows what is stored.
-    explicit SettingsStore(QObject *parent = nullptr);
+    /// nothing back. Its clients write their lines to `log` (none when null).
+    explicit SettingsStore(LogSink *log = nullptr, QObject *parent = nullptr);
 
-    /// The process-wide store, created (and loaded) on first use; owned by the application object
-    /// when there is one.
-    static SettingsStore *shared();
-    /// The QML singleton is the shared store; C++ keeps ownership.
+    /// The QML singleton is the store the program installed on the engine (QmlServices); C++
+    /// keeps ownership.
     static SettingsStore *create(QQmlEngine *qmlEngine, QJSEngine *jsEngine);
+
+    /// Where this store's clients, and the models that work with it, write their lines; may be
+    /// null.
+    LogSink *log() const { return m_log; }
 
     const QString &instanceURL() const { return m_instanceURL; }
     void setInstanceURL(const QString &instanceURL);
@@ -113,8 +115,8 @@ public:
     /// nothing when that text is not a valid absolute URL with a scheme and a host.
     std::optional<QUrl> baseURL() const;
 
-    /// A fresh client for one piece of work: baseURL(), the token, the shared HTTP session and the
-    /// shared log. Nothing without a baseURL(); an empty token still gives a client.
+    /// A fresh client for one piece of work: baseURL(), the token, the shared HTTP session and
+    /// log(). Nothing without a baseURL(); an empty token still gives a client.
     std::optional<GiteaClient> client() const;
 
     /// The label of a mode, for QML (see mergeGateModeLabel).
@@ -149,6 +151,7 @@ private:
     void updateInstanceURL(const QString &instanceURL);
     void updateToken(const QString &token);
 
+    LogSink *m_log = nullptr;
     QString m_instanceURL;
     QString m_token;
     // The in-memory value came from overrideCredentials(), so the keychain holds something else.

@@ -3,7 +3,7 @@ import QtQuick.Controls
 import QtQuick.Layouts
 import Kestrine
 
-// The settings screen. It edits copies of the shared settings, taken when the screen is created,
+// The settings screen. It edits copies of the app's settings, taken when the screen is created,
 // and writes them back only on "Save"; "Cancel" drops every edit. "Test connection" tries the
 // values as typed without saving them.
 Page {

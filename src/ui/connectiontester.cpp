@@ -2,7 +2,6 @@
 
 #include "apierror.h"
 #include "giteaclient.h"
-#include "logstore.h"
 #include "settingsstore.h"
 
 #include <QPointer>
@@ -27,6 +26,12 @@ std::optional<QUrl> baseURL(const QString &text)
 
 ConnectionTester::ConnectionTester(QObject *parent)
     : QObject(parent)
+    , SettingsUser(this, nullptr)
+{}
+
+ConnectionTester::ConnectionTester(SettingsStore &settings, QObject *parent)
+    : QObject(parent)
+    , SettingsUser(this, &settings)
 {}
 
 void ConnectionTester::test(const QString &instanceURL, const QString &token)
@@ -54,9 +59,9 @@ QCoro::Task<> ConnectionTester::run(QString instanceURL, QString token)
     delete m_scope;
     m_scope = new QObject(this);
     QObject *scope = m_scope;
-    const GiteaClient client =
-        GiteaClient(*url, token, GiteaClient::sharedSession(), LogStore::shared())
-            .cancelledWith(scope);
+    const GiteaClient client = GiteaClient(*url, token, GiteaClient::sharedSession(),
+                                           settings() ? settings()->log() : nullptr)
+                                   .cancelledWith(scope);
     const QPointer<ConnectionTester> self(this);
     try {
         const PRUser user = co_await client.currentUser();

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "qmlservices.h"
+
 #include <QCoroTask>
 #include <QObject>
 #include <QString>
@@ -9,9 +11,10 @@ namespace kestrine::ui {
 
 /// The settings screen's "Test connection": asks the instance who the typed token belongs to,
 /// with the values as typed, without saving anything.
-class ConnectionTester : public QObject
+class ConnectionTester : public QObject, public SettingsUser
 {
     Q_OBJECT
+    Q_INTERFACES(QQmlParserStatus)
     QML_ELEMENT
     Q_PROPERTY(bool testing READ testing NOTIFY testingChanged)
     /// A result is shown: success or failure.
@@ -21,7 +24,10 @@ class ConnectionTester : public QObject
     Q_PROPERTY(QString resultText READ resultText NOTIFY resultChanged)
 
 public:
+    /// For QML; the log its requests write to is that of its engine's settings.
     explicit ConnectionTester(QObject *parent = nullptr);
+    /// Its requests write to the log of `settings`.
+    explicit ConnectionTester(SettingsStore &settings, QObject *parent = nullptr);
 
     bool testing() const { return m_testing; }
     bool hasResult() const { return m_hasResult; }

@@ -13,6 +13,12 @@ namespace kestrine::ui {
 
 MonitoredReposLoader::MonitoredReposLoader(QObject *parent)
     : QObject(parent)
+    , SettingsUser(this, nullptr)
+{}
+
+MonitoredReposLoader::MonitoredReposLoader(SettingsStore &settings, QObject *parent)
+    : QObject(parent)
+    , SettingsUser(this, &settings)
 {}
 
 void MonitoredReposLoader::reload()
@@ -26,8 +32,8 @@ QCoro::Task<> MonitoredReposLoader::load()
     setErrorMessage(QString());
 
     // The saved settings, not what the settings screen holds unsaved.
-    const std::optional<GiteaClient> configured = SettingsStore::shared()->client();
-    if (!configured || !SettingsStore::shared()->isConfigured()) {
+    const std::optional<GiteaClient> configured = configuredClient();
+    if (!configured || !settings()->isConfigured()) {
         setErrorMessage(notConfiguredMessage());
         setLoading(false);
         co_return;

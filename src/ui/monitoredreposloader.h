@@ -1,5 +1,7 @@
 #pragma once
 
+#include "qmlservices.h"
+
 #include <QCoroTask>
 #include <QObject>
 #include <QString>
@@ -10,9 +12,10 @@ namespace kestrine::ui {
 
 /// The list behind the monitored repositories screen: every repository the saved settings' token
 /// can reach, sorted by full name (plain, case-sensitive order).
-class MonitoredReposLoader : public QObject
+class MonitoredReposLoader : public QObject, public SettingsUser
 {
     Q_OBJECT
+    Q_INTERFACES(QQmlParserStatus)
     QML_ELEMENT
     /// Repositories in QML form (JSON keys: "full_name", ...).
     Q_PROPERTY(QVariantList repos READ repos NOTIFY reposChanged)
@@ -21,7 +24,9 @@ class MonitoredReposLoader : public QObject
     Q_PROPERTY(QString errorMessage READ errorMessage NOTIFY errorMessageChanged)
 
 public:
+    /// For QML; the settings are its engine's.
     explicit MonitoredReposLoader(QObject *parent = nullptr);
+    explicit MonitoredReposLoader(SettingsStore &settings, QObject *parent = nullptr);
 
     const QVariantList &repos() const { return m_repos; }
     bool isLoading() const { return m_isLoading; }

@@ -26,7 +26,7 @@ QT_END_NAMESPACE
 
 namespace kestrine::ui {
 
-/// The shared settings: QML gets the one process-wide store, never a new one.
+/// The settings: QML gets the store the program installed on its engine, never a new one.
 struct SettingsStoreForeign
 {
     Q_GADGET
@@ -41,7 +41,7 @@ public:
     }
 };
 
-/// The shared diagnostic log.
+/// The diagnostic log the program installed on the engine.
 struct LogStoreForeign
 {
     Q_GADGET

@@ -2,16 +2,16 @@
 
 // What the pull request detail tests share: pull request 7 of "ann/app" served by the fake Gitea
 // server, with each endpoint answered by a small JSON document that a test can replace, and the
-// shared settings pointed at that server.
+// test's settings pointed at that server.
 
 #include "fakegiteaserver.h"
-#include "logstore.h"
 #include "records.h"
-#include "settingsstore.h"
+#include "teststores.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QQmlEngine>
 #include <QStringList>
 
 namespace kestrine::testing {
@@ -127,22 +127,19 @@ inline void serveDefaults(FakeGiteaServer &server)
                  });
 }
 
-/// Points the shared settings at `server` with a token.
-inline void configureSettings(const FakeGiteaServer &server)
+/// Points the test's settings at `server` with a token, in memory only.
+inline void configureSettings(TestStores &stores, const FakeGiteaServer &server)
 {
-    SettingsStore::shared()->setInstanceURL(server.baseUrl().toString());
-    SettingsStore::shared()->setToken(QStringLiteral("t"));
+    stores.signIn(server.baseUrl(), QStringLiteral("t"));
 }
 
-/// The messages of the shared log at `level`, oldest first.
-inline QStringList logLines(LogLevel level)
+/// Sets `model` up as a QML document of `engine` does for the models it creates: the model finds
+/// the settings installed on that engine.
+inline void setUpAsQmlDoes(QObject &model, QQmlParserStatus &status, QQmlEngine &engine)
 {
-    QStringList lines;
-    for (const LogEntry &entry : LogStore::shared()->entries()) {
-        if (entry.level == level)
-            lines.append(entry.message);
-    }
-    return lines;
+    QQmlEngine::setContextForObject(&model, engine.rootContext());
+    status.classBegin();
+    status.componentComplete();
 }
 
 /// The paths of the recorded requests, in arrival order, without the "/api/v1/repos/ann/app"

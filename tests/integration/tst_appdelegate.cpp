@@ -2,7 +2,7 @@
 
 #include "background.h"
 #include "fakegiteaserver.h"
-#include "settingsstore.h"
+#include "teststores.h"
 
 #include <QSignalSpy>
 #include <QtTest>
@@ -55,6 +55,7 @@ class TestAppDelegate : public QObject
     Q_OBJECT
 
 private:
+    std::unique_ptr<kestrine::testing::TestStores> stores;
     FakeGiteaServer *server = nullptr;
 
 private slots:
@@ -68,19 +69,23 @@ private slots:
                 R"([{"id":1,"name":"tool","full_name":"ann/tool","owner":{"login":"ann"}}])"));
         server->route("GET", QStringLiteral("/api/v1/repos/ann/tool/pulls"),
                       FakeResponse::json(R"([{"id":5,"number":7,"title":"T","state":"open"}])"));
-        SettingsStore::shared()->setInstanceURL(server->baseUrl().toString());
-        SettingsStore::shared()->setToken(QStringLiteral("t"));
-        SettingsStore::shared()->setNotificationsEnabled(true);
+        stores = std::make_unique<kestrine::testing::TestStores>();
+        stores->signIn(server->baseUrl(), QStringLiteral("t"));
+        stores->settings.setNotificationsEnabled(true);
         QFile::remove(NotificationState::defaultFilePath());
     }
 
-    void cleanup() { delete server; }
+    void cleanup()
+    {
+        delete server;
+        stores.reset();
+    }
 
     void registersTheRefreshIdentifierOnly()
     {
         RecordingScheduler scheduler;
         SilentCenter center;
-        NotificationService service(center);
+        NotificationService service(stores->settings, center);
         AppDelegate delegate(scheduler, service);
         QVERIFY(delegate.registerBackgroundTask());
         QCOMPARE(scheduler.registered, QStringList{QStringLiteral("com.norrum.kestrine.refresh")});
@@ -91,7 +96,7 @@ private slots:
     {
         RecordingScheduler scheduler;
         SilentCenter center;
-        NotificationService service(center);
+        NotificationService service(stores->settings, center);
         AppDelegate delegate(scheduler, service);
         delegate.registerBackgroundTask();
 
@@ -117,11 +122,11 @@ private slots:
 
     void launchWithNotificationsOffCompletesSuccessfullyWithoutTouchingTheState()
     {
-        SettingsStore::shared()->setNotificationsEnabled(false);
+        stores->settings.setNotificationsEnabled(false);
         RecordingScheduler scheduler;
         scheduler.acceptSubmissions = false; // a refused request is dropped silently
         SilentCenter center;
-        NotificationService service(center);
+        NotificationService service(stores->settings, center);
         AppDelegate delegate(scheduler, service);
         delegate.registerBackgroundTask();
         BackgroundTask task(AppDelegate::refreshTaskIdentifier);
@@ -141,7 +146,7 @@ private slots:
         server->route("GET", QStringLiteral("/api/v1/repos/ann/tool/pulls"), slow);
         RecordingScheduler scheduler;
         SilentCenter center;
-        NotificationService service(center);
+        NotificationService service(stores->settings, center);
         AppDelegate delegate(scheduler, service);
         delegate.registerBackgroundTask();
         BackgroundTask task(AppDelegate::refreshTaskIdentifier);
@@ -193,7 +198,7 @@ private slots:
         timing.firstLaunchDelay = std::chrono::milliseconds(10);
         InProcessScheduler scheduler(timing);
         SilentCenter center;
-        NotificationService service(center);
+        NotificationService service(stores->settings, center);
         AppDelegate delegate(scheduler, service);
         QSignalSpy launched(&scheduler, &InProcessScheduler::launched);
         QVERIFY(delegate.registerBackgroundTask());

@@ -42,10 +42,10 @@ QObject *child(QObject *root, const char *name)
 }
 
 /// The log lines written from `first` on, as "LEVEL message".
-QStringList logLinesFrom(qsizetype first)
+QStringList logLinesFrom(const LogStore &log, qsizetype first)
 {
     QStringList lines;
-    const QList<LogEntry> entries = LogStore::shared()->entries();
+    const QList<LogEntry> entries = log.entries();
     for (qsizetype i = first; i < entries.size(); ++i)
         lines.append(entries[i].levelLabel() + u' ' + entries[i].message);
     return lines;
@@ -101,7 +101,9 @@ private slots:
                           return FakeResponse::json(
                               QJsonDocument(openPulls).toJson(QJsonDocument::Compact));
                       });
-        SettingsStore *settings = SettingsStore::shared();
+        // What the app loads as it starts.
+        SettingsStore saved;
+        SettingsStore *settings = &saved;
         settings->setInstanceURL(server->baseUrl().toString());
         settings->setToken(QStringLiteral("t0ken"));
         settings->setMonitoredRepos({});
@@ -121,12 +123,13 @@ private slots:
         QObject *model = inbox->property("vm").value<QObject *>();
         QTRY_COMPARE(model->property("count").toInt(), 1);
         QTRY_VERIFY(!model->property("isLoading").toBool());
-        SettingsStore::shared()->setNotificationsEnabled(true);
+        started.settings()->setNotificationsEnabled(true);
     }
 
     void cleanup()
     {
-        SettingsStore::shared()->setNotificationsEnabled(false);
+        if (app && app->settings())
+            app->settings()->setNotificationsEnabled(false);
         window = nullptr;
         app.reset();
         delete server;
@@ -137,14 +140,14 @@ private slots:
     {
         QVERIFY(window->isExposed());
         QVERIFY(window->isActive());
-        const qsizetype logged = LogStore::shared()->count();
+        const qsizetype logged = app->log()->count();
 
         // The pass goes as always: it counts the notification, remembers the pull request and
         // leaves the log lines of its requests.
         QCOMPARE(pass(), 1);
         QCOMPARE(NotificationState::load(NotificationState::defaultFilePath()).announcedNewPRs,
                  QSet<QString>{QStringLiteral("ann/tool#7")});
-        QCOMPARE(logLinesFrom(logged),
+        QCOMPARE(logLinesFrom(*app->log(), logged),
                  (QStringList{QStringLiteral("INFO GET user/repos → 200"),
                               QStringLiteral("INFO GET repos/ann/tool/pulls → 200")}));
 

@@ -60,27 +60,30 @@ class TestDiffAndLogModels : public QObject
     Q_OBJECT
 
 private:
+    std::unique_ptr<TestStores> stores;
     FakeGiteaServer *server = nullptr;
 
 private slots:
     void init()
     {
+        stores = std::make_unique<TestStores>();
         server = new FakeGiteaServer(this);
         QVERIFY(server->listen());
         server->route("GET", diffPath, FakeResponse::text(twoFiles));
-        configureSettings(*server);
-        LogStore::shared()->clear();
+        configureSettings(*stores, *server);
+        stores->log.clear();
     }
 
     void cleanup()
     {
         delete server;
         server = nullptr;
+        stores.reset();
     }
 
     void diffShowsOnlyTheFilesSection()
     {
-        DiffModel model(annApp(), 7, changedFile(QStringLiteral("a.cpp")));
+        DiffModel model(stores->settings, annApp(), 7, changedFile(QStringLiteral("a.cpp")));
         QAbstractItemModelTester tester(&model);
         QList<bool> loading;
         connect(&model, &DiffModel::isLoadingChanged, this, [&] { loading << model.isLoading(); });
@@ -100,7 +103,7 @@ private slots:
 
     void deletedFileWhoseMarkerIsMissingShowsTheWholeDiff()
     {
-        DiffModel model(annApp(), 7, changedFile(QStringLiteral("old.txt")));
+        DiffModel model(stores->settings, annApp(), 7, changedFile(QStringLiteral("old.txt")));
         QVERIFY(runToEnd(model.load()).value);
         QCOMPARE(texts(model), QString::fromUtf8(twoFiles).split(u'\n'));
         QCOMPARE(types(model).first(), int(DiffLineType::Meta));
@@ -112,7 +115,7 @@ private slots:
         // Splitting never yields an empty list, so "No diff content for this file." stays
         // unseen even for an empty answer.
         server->route("GET", diffPath, FakeResponse::text(QByteArray()));
-        DiffModel model(annApp(), 7, changedFile(QStringLiteral("a.cpp")));
+        DiffModel model(stores->settings, annApp(), 7, changedFile(QStringLiteral("a.cpp")));
         QVERIFY(runToEnd(model.load()).value);
         QCOMPARE(texts(model), QStringList{QString()});
         QVERIFY(!model.errorMessage());
@@ -120,8 +123,8 @@ private slots:
 
     void diffWithoutClientSaysNotConfigured()
     {
-        SettingsStore::shared()->setInstanceURL(QString());
-        DiffModel model(annApp(), 7, changedFile(QStringLiteral("a.cpp")));
+        stores->settings.overrideCredentials(QString(), std::nullopt);
+        DiffModel model(stores->settings, annApp(), 7, changedFile(QStringLiteral("a.cpp")));
         QVERIFY(runToEnd(model.load()).value);
         QCOMPARE(model.errorMessage(), QStringLiteral("Not configured."));
         QVERIFY(!model.isLoading());
@@ -131,7 +134,7 @@ private slots:
 
     void failedDiffReloadShowsTheErrorAndKeepsTheLines()
     {
-        DiffModel model(annApp(), 7, changedFile(QStringLiteral("a.cpp")));
+        DiffModel model(stores->settings, annApp(), 7, changedFile(QStringLiteral("a.cpp")));
         QVERIFY(runToEnd(model.load()).value);
         server->route("GET", diffPath, FakeResponse::json(R"({"message":"boom"})", 500));
         QVERIFY(runToEnd(model.load()).value);
@@ -149,10 +152,10 @@ private slots:
     void diffStaysLoadingUntilItsLinesAreSplitOnAWorker()
     {
         BusyPool pool(diffSplittingThread());
-        DiffModel model(annApp(), 7, changedFile(QStringLiteral("a.cpp")));
+        DiffModel model(stores->settings, annApp(), 7, changedFile(QStringLiteral("a.cpp")));
         QCoro::Task<> load = model.load();
         // The answer is in once its log line is; the lines then wait for the busy worker.
-        QTRY_COMPARE(LogStore::shared()->entries().size(), 1);
+        QTRY_COMPARE(stores->log.entries().size(), 1);
         QTest::qWait(50);
         QVERIFY(model.isLoading());
         QCOMPARE(model.rowCount(), 0);
@@ -165,19 +168,23 @@ private slots:
     void destroyingTheDiffModelWhileItsLinesAreSplitIsSilent()
     {
         BusyPool pool(diffSplittingThread());
-        auto *model = new DiffModel(annApp(), 7, changedFile(QStringLiteral("a.cpp")));
+        auto *model =
+            new DiffModel(stores->settings, annApp(), 7, changedFile(QStringLiteral("a.cpp")));
         QCoro::Task<> load = model->load();
-        QTRY_COMPARE(LogStore::shared()->entries().size(), 1);
+        QTRY_COMPARE(stores->log.entries().size(), 1);
         delete model;
         pool.release();
         QVERIFY(runToEnd(std::move(load)).value);
         // Only the request's own line.
-        QCOMPARE(LogStore::shared()->entries().size(), 1);
+        QCOMPARE(stores->log.entries().size(), 1);
     }
 
     void diffFileCanBeSetInItsQmlForm()
     {
+        QQmlEngine engine;
+        QmlServices::install(engine, stores->settings, stores->log);
         DiffModel model;
+        setUpAsQmlDoes(model, model, engine);
         QVERIFY(model.setProperty("repo", toQmlValue(annApp())));
         QVERIFY(model.setProperty("prNumber", 7));
         QVERIFY(model.setProperty("file", toQmlValue(changedFile(QStringLiteral("a.cpp")))));
@@ -191,7 +198,7 @@ private slots:
         const QByteArray raw = "2024-05-01T10:20:30.1234567Z \x1b[36;1mRun tests\x1b[0m\r\n"
                                "  trailing blanks   \n\n";
         server->route("GET", logPath, FakeResponse::text(raw));
-        JobLogModel model(annApp(), 11, 110, QStringLiteral("build"));
+        JobLogModel model(stores->settings, annApp(), 11, 110, QStringLiteral("build"));
         QList<bool> loading;
         connect(&model, &JobLogModel::isLoadingChanged, this,
                 [&] { loading << model.isLoading(); });
@@ -206,7 +213,7 @@ private slots:
     void emptyLogIsEmptyTextWithoutError()
     {
         server->route("GET", logPath, FakeResponse::empty(200));
-        JobLogModel model(annApp(), 11, 110, QStringLiteral("build"));
+        JobLogModel model(stores->settings, annApp(), 11, 110, QStringLiteral("build"));
         QSignalSpy textChanged(&model, &JobLogModel::textChanged);
         QVERIFY(runToEnd(model.load()).value);
         QVERIFY(model.text().isEmpty());
@@ -218,7 +225,7 @@ private slots:
     void failedLogReloadShowsTheErrorButKeepsTheOldText()
     {
         server->route("GET", logPath, FakeResponse::text("step 1\nstep 2\n"));
-        JobLogModel model(annApp(), 11, 110, QStringLiteral("build"));
+        JobLogModel model(stores->settings, annApp(), 11, 110, QStringLiteral("build"));
         QVERIFY(runToEnd(model.load()).value);
         server->route("GET", logPath, FakeResponse::json(R"({"message":"gone"})", 404));
         QVERIFY(runToEnd(model.load()).value);
@@ -229,8 +236,8 @@ private slots:
 
     void jobLogWithoutClientSaysNotConfigured()
     {
-        SettingsStore::shared()->setInstanceURL(QString());
-        JobLogModel model(annApp(), 11, 110, QStringLiteral("build"));
+        stores->settings.overrideCredentials(QString(), std::nullopt);
+        JobLogModel model(stores->settings, annApp(), 11, 110, QStringLiteral("build"));
         QVERIFY(runToEnd(model.load()).value);
         QCOMPARE(model.errorMessage(), QStringLiteral("Not configured."));
         QVERIFY(!model.isLoading());
@@ -244,13 +251,13 @@ private slots:
             response.delay = std::chrono::milliseconds(300);
             return response;
         });
-        auto *model = new JobLogModel(annApp(), 11, 110, QStringLiteral("build"));
+        auto *model = new JobLogModel(stores->settings, annApp(), 11, 110, QStringLiteral("build"));
         const QPointer<JobLogModel> watch(model);
         connect(server, &FakeGiteaServer::requestRecorded, model, &QObject::deleteLater);
         QVERIFY(runToEnd(model->load()).value);
         QVERIFY(!watch);
         QTest::qWait(500);
-        QVERIFY(LogStore::shared()->entries().isEmpty());
+        QVERIFY(stores->log.entries().isEmpty());
     }
 };
 

@@ -135,9 +135,10 @@ private slots:
 
     void logAndCachesGoToThePrivateFolder()
     {
-        LogStore::shared()->log(LogLevel::Info, QStringLiteral("GET user/repos → 200"));
-        LogStore::shared()->clear();
-        LogStore::shared()->log(LogLevel::Error, QStringLiteral("PR 7 failed"));
+        LogStore log;
+        log.log(LogLevel::Info, QStringLiteral("GET user/repos → 200"));
+        log.clear();
+        log.log(LogLevel::Error, QStringLiteral("PR 7 failed"));
         QVERIFY(cacheDirectory().startsWith(Storage::ephemeralDirectory()));
         InboxCache().write({});
         QVERIFY(QFile::exists(cacheDirectory() + QStringLiteral("/inbox.json")));
@@ -146,7 +147,7 @@ private slots:
         QCOMPARE(readFile(userCachePath()), savedInbox);
         // The log is kept where the settings are, so a new log of this process reads it back
         // once it is written.
-        LogStore::shared()->flush();
+        log.flush();
         QCOMPARE(LogStore().count(), 1);
     }
 

@@ -13,6 +13,7 @@
 #include "requestcore_p.h"
 #include "settingsstore.h"
 #include "testfiles.h"
+#include "teststores.h"
 
 #include <QElapsedTimer>
 #include <QFile>
@@ -95,10 +96,10 @@ struct Stored
     QByteArray notificationState;
 };
 
-Stored stored()
+Stored stored(LogStore &log)
 {
     // What a normal exit would leave.
-    LogStore::shared()->flush();
+    log.flush();
     defaultsStore().sync();
     return {LogStore::decode(defaultsStore().value(LogStore::persistKey).toByteArray()),
             readFile(InboxCache().filePath()), readFile(NotificationState::defaultFilePath())};
@@ -189,6 +190,7 @@ class TestHostileServer : public QObject
     Q_OBJECT
 
 private:
+    std::unique_ptr<kestrine::testing::TestStores> stores;
     FakeGiteaServer *server = nullptr;
     Stored before;
     QList<PRRow> cachedRows;
@@ -197,13 +199,13 @@ private:
                        QUrl url = {}) const
     {
         return GiteaClient(url.isEmpty() ? server->baseUrl() : url, token,
-                           GiteaClient::sharedSession(), LogStore::shared(), timeout);
+                           GiteaClient::sharedSession(), &stores->log, timeout);
     }
 
     QStringList logSince(qsizetype first) const
     {
         QStringList lines;
-        const QList<LogEntry> entries = LogStore::shared()->entries();
+        const QList<LogEntry> entries = stores->log.entries();
         for (qsizetype i = first; i < entries.size(); ++i)
             lines.append(entries[i].levelLabel() + u' ' + entries[i].message);
         return lines;
@@ -213,7 +215,7 @@ private:
     /// order (new lines may follow them), and both cache files unchanged.
     void verifyNothingStoredLost()
     {
-        const Stored now = stored();
+        const Stored now = stored(stores->log);
         QCOMPARE(now.inboxCache, before.inboxCache);
         QCOMPARE(now.notificationState, before.notificationState);
         QVERIFY(now.log.size() >= before.log.size());
@@ -228,7 +230,7 @@ private:
     void verifyInboxSurvives(const FakeResponse &reposAnswer, const QString &errorMessage)
     {
         server->route("GET", QStringLiteral("/api/v1/user/repos"), reposAnswer);
-        InboxViewModel model;
+        InboxViewModel model(stores->settings);
         runToEnd(model.load());
         QCOMPARE(model.errorMessage(), std::optional<QString>(errorMessage));
         QCOMPARE(model.displayedRows(), cachedRows);
@@ -241,7 +243,8 @@ private:
 private slots:
     void initTestCase()
     {
-        SettingsStore *settings = SettingsStore::shared();
+        stores = std::make_unique<kestrine::testing::TestStores>();
+        SettingsStore *settings = &stores->settings;
         settings->setToken(token);
         settings->setMonitoredRepos({});
         settings->setNotificationsEnabled(false);
@@ -251,13 +254,13 @@ private slots:
     {
         server = new FakeGiteaServer(this);
         QVERIFY(server->listen());
-        SettingsStore::shared()->setInstanceURL(server->baseUrl().toString());
+        stores->settings.setInstanceURL(server->baseUrl().toString());
 
         // What a user has from earlier sessions: a few log lines, an inbox cache that reads back
         // (rows without dates), and the notification memory.
-        LogStore::shared()->clear();
+        stores->log.clear();
         for (int i = 1; i <= 3; ++i)
-            LogStore::shared()->log(LogLevel::Info, QStringLiteral("earlier line %1").arg(i));
+            stores->log.log(LogLevel::Info, QStringLiteral("earlier line %1").arg(i));
         const Repository repo = decodeJson<QList<Repository>>(repoList()).first();
         PullRequest pr;
         pr.id = 7;
@@ -271,7 +274,7 @@ private slots:
         state.announcedNewPRs.insert(QStringLiteral("ann/tool#7"));
         state.ciStatusByPR.insert(QStringLiteral("ann/tool#7"), QStringLiteral("success"));
         state.save();
-        before = stored();
+        before = stored(stores->log);
         QCOMPARE(before.log.size(), 3);
     }
 

@@ -2,10 +2,10 @@
 // the list, their order and QML form, and when it hands them over.
 
 #include "fakegiteaserver.h"
+#include "inboxfixture.h"
 #include "inboxrowsmodel.h"
 #include "inboxviewmodel.h"
 #include "outcome.h"
-#include "settingsstore.h"
 
 #include <QAbstractItemModelTester>
 #include <QFile>
@@ -17,6 +17,7 @@
 
 using namespace kestrine;
 using kestrine::testing::runToEnd;
+using kestrine::testing::TestStores;
 using kestrine::ui::InboxRowsModel;
 
 namespace {
@@ -68,6 +69,7 @@ class TestInboxRowsModel : public QObject
     Q_OBJECT
 
 private:
+    std::unique_ptr<TestStores> stores;
     FakeGiteaServer *server = nullptr;
 
     void serve(const QJsonArray &firstPulls, const QJsonArray &secondPulls)
@@ -85,27 +87,21 @@ private slots:
     {
         server = new FakeGiteaServer(this);
         QVERIFY(server->listen());
-        SettingsStore *settings = SettingsStore::shared();
-        settings->setInstanceURL(server->baseUrl().toString());
-        settings->setToken(QStringLiteral("t0ken"));
-        settings->setMonitoredRepos({});
-        settings->setNotificationsEnabled(false);
-        // A load an earlier test left running may still be writing its rows: let it land first,
-        // so that it cannot bring the file back.
-        InboxCache::writerThread()->waitForDone();
-        QFile::remove(InboxCache().filePath());
+        stores = std::make_unique<TestStores>();
+        kestrine::testing::prepareInbox(*stores, *server);
     }
 
     void cleanup()
     {
         delete server;
         server = nullptr;
+        stores.reset();
     }
 
     void rowsAreTheDisplayedRowsInTheirOrderAndQmlForm()
     {
         serve(pullsJson(1, 30), pullsJson(20, 30));
-        InboxViewModel viewModel;
+        InboxViewModel viewModel(stores->settings);
         InboxRowsModel model;
         QAbstractItemModelTester tester(&model);
         model.setViewModel(&viewModel);
@@ -122,7 +118,7 @@ private slots:
     void newRowsReplaceTheListInOneResetOnALaterTurn()
     {
         serve(pullsJson(1, 5), pullsJson(10, 5));
-        InboxViewModel viewModel;
+        InboxViewModel viewModel(stores->settings);
         InboxRowsModel model;
         QAbstractItemModelTester tester(&model);
         model.setViewModel(&viewModel);
@@ -160,7 +156,7 @@ private slots:
         });
         server->route("GET", QStringLiteral("/api/v1/user/repos"),
                       FakeResponse::json(R"({"message":"boom"})", 500));
-        InboxViewModel viewModel;
+        InboxViewModel viewModel(stores->settings);
         InboxRowsModel model;
         model.setViewModel(&viewModel);
         int listedWhenLoaded = -1;
@@ -177,7 +173,7 @@ private slots:
     void withoutAViewModelTheListIsEmpty()
     {
         serve(pullsJson(1, 3), {});
-        InboxViewModel viewModel;
+        InboxViewModel viewModel(stores->settings);
         InboxRowsModel model;
         model.setViewModel(&viewModel);
         QVERIFY(runToEnd(viewModel.load()).value);

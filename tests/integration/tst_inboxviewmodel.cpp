@@ -4,9 +4,8 @@
 #include "busypool.h"
 #include "fakegiteaserver.h"
 #include "inbox.h"
-#include "logstore.h"
+#include "inboxfixture.h"
 #include "outcome.h"
-#include "settingsstore.h"
 
 #include <QCoroTimer>
 #include <QElapsedTimer>
@@ -20,6 +19,7 @@
 using namespace kestrine;
 using kestrine::testing::BusyPool;
 using kestrine::testing::runToEnd;
+using kestrine::testing::TestStores;
 
 namespace {
 
@@ -75,10 +75,10 @@ QByteArray fileBytes(const QString &path)
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-QStringList logMessagesSince(qsizetype first)
+QStringList logMessagesSince(const LogStore &log, qsizetype first)
 {
     QStringList messages;
-    const auto entries = LogStore::shared()->entries();
+    const auto entries = log.entries();
     for (qsizetype i = first; i < entries.size(); ++i)
         messages.append(logLevelLabel(entries[i].level) + u' ' + entries[i].message);
     return messages;
@@ -106,6 +106,7 @@ class TestInboxViewModel : public QObject
     Q_OBJECT
 
 private:
+    std::unique_ptr<TestStores> stores;
     FakeGiteaServer *server = nullptr;
     QString cachePath;
     qsizetype logStart = 0;
@@ -137,17 +138,10 @@ private slots:
     {
         server = new FakeGiteaServer(this);
         QVERIFY(server->listen());
-        SettingsStore *settings = SettingsStore::shared();
-        settings->setInstanceURL(server->baseUrl().toString());
-        settings->setToken(QStringLiteral("t0ken"));
-        settings->setMonitoredRepos({});
-        settings->setNotificationsEnabled(false);
+        stores = std::make_unique<TestStores>();
+        kestrine::testing::prepareInbox(*stores, *server);
         cachePath = InboxCache().filePath();
-        // A load an earlier test left running may still be writing its rows: let it land first,
-        // so that it cannot bring the file back.
-        InboxCache::writerThread()->waitForDone();
-        QFile::remove(cachePath);
-        logStart = LogStore::shared()->count();
+        logStart = stores->log.count();
         NotificationPass::install(nullptr);
     }
 
@@ -155,12 +149,13 @@ private slots:
     {
         delete server;
         server = nullptr;
+        stores.reset();
     }
 
     void notConfiguredLoadShowsMessageAndLeavesLoadingFalse()
     {
-        SettingsStore::shared()->setToken(QString());
-        InboxViewModel model;
+        stores->settings.overrideCredentials(std::nullopt, QString());
+        InboxViewModel model(stores->settings);
         QSignalSpy loading(&model, &InboxViewModel::isLoadingChanged);
         runToEnd(model.load());
         QCOMPARE(model.errorMessage(),
@@ -168,13 +163,13 @@ private slots:
         QVERIFY(!model.isLoading());
         QCOMPARE(loading.count(), 0);
         QVERIFY(server->requests().isEmpty());
-        QVERIFY(logMessagesSince(logStart).isEmpty());
+        QVERIFY(logMessagesSince(stores->log, logStart).isEmpty());
     }
 
     void unparsableInstanceURLCountsAsNotConfigured()
     {
-        SettingsStore::shared()->setInstanceURL(QStringLiteral("not a url with spaces"));
-        InboxViewModel model;
+        stores->settings.overrideCredentials(QStringLiteral("not a url with spaces"), std::nullopt);
+        InboxViewModel model(stores->settings);
         runToEnd(model.load());
         QCOMPARE(model.errorMessage(),
                  QStringLiteral("Configure your Gitea instance in Settings."));
@@ -187,7 +182,7 @@ private slots:
         servePulls("ann/a", {pullJson(1, "A1", "2024-05-01T10:00:00Z")});
         servePulls("ann/b", {pullJson(2, "B2", "2024-05-02T10:00:00Z")});
         servePulls("bo/c", {pullJson(3, "C3", "2024-05-03T10:00:00Z")});
-        InboxViewModel model;
+        InboxViewModel model(stores->settings);
         runToEnd(model.load());
         QCOMPARE(titles(model.displayedRows()), (QStringList{"C3", "B2", "A1"}));
         QCOMPARE(model.displayedRows().first().id(), QStringLiteral("bo/c#3"));
@@ -195,7 +190,7 @@ private slots:
         QVERIFY(!model.errorMessage());
         QVERIFY(!model.isLoading());
         QVERIFY(model.rows().isEmpty());
-        QCOMPARE(logMessagesSince(logStart).filter(QStringLiteral("Inbox:")),
+        QCOMPARE(logMessagesSince(stores->log, logStart).filter(QStringLiteral("Inbox:")),
                  QStringList{QStringLiteral("INFO Inbox: 3/3 repos")});
         QCOMPARE(server->requests().at(1).rawQuery, QByteArray("state=open&limit=100"));
     }
@@ -203,16 +198,16 @@ private slots:
     void monitoredNamesMatchingNothingSelectNoneWithoutError()
     {
         serveRepos({repoJson("ann", "a", 1), repoJson("ann", "b", 2), repoJson("bo", "c", 3)});
-        SettingsStore::shared()->setMonitoredRepos(
-            {QStringLiteral("Ann/a"), QStringLiteral("gone/x")});
-        InboxViewModel model;
+        stores->settings.setMonitoredRepos({QStringLiteral("Ann/a"), QStringLiteral("gone/x")});
+        InboxViewModel model(stores->settings);
         QSignalSpy published(&model, &InboxViewModel::displayedRowsChanged);
         runToEnd(model.load());
         QVERIFY(model.displayedRows().isEmpty());
         QVERIFY(published.count() >= 1);
         QVERIFY(!model.errorMessage());
         QCOMPARE(pullRequestCalls(), 0);
-        QVERIFY(logMessagesSince(logStart).contains(QStringLiteral("INFO Inbox: 0/3 repos")));
+        QVERIFY(logMessagesSince(stores->log, logStart)
+                    .contains(QStringLiteral("INFO Inbox: 0/3 repos")));
     }
 
     void monitoredNamesSelectExactMatchesOnly()
@@ -220,13 +215,13 @@ private slots:
         serveRepos({repoJson("ann", "a", 1), repoJson("ann", "b", 2), repoJson("bo", "c", 3)});
         servePulls("ann/b", {pullJson(2, "B2", "2024-05-02T10:00:00Z")});
         servePulls("bo/c", {pullJson(3, "C3", "2024-05-03T10:00:00Z")});
-        SettingsStore::shared()->setMonitoredRepos(
-            {QStringLiteral("bo/c"), QStringLiteral("ann/b")});
-        InboxViewModel model;
+        stores->settings.setMonitoredRepos({QStringLiteral("bo/c"), QStringLiteral("ann/b")});
+        InboxViewModel model(stores->settings);
         runToEnd(model.load());
         QCOMPARE(titles(model.displayedRows()), (QStringList{"C3", "B2"}));
         QCOMPARE(pullRequestCalls(), 2);
-        QVERIFY(logMessagesSince(logStart).contains(QStringLiteral("INFO Inbox: 2/3 repos")));
+        QVERIFY(logMessagesSince(stores->log, logStart)
+                    .contains(QStringLiteral("INFO Inbox: 2/3 repos")));
     }
 
     void equalUpdateTimesKeepArrivalOrderAndUndatedRowsComeLast()
@@ -239,7 +234,7 @@ private slots:
         servePulls("ann/fast", {pullJson(3, "fast-undated", ""),
                                 pullJson(4, "fast-same", "2024-05-01T12:00:00+02:00"),
                                 pullJson(5, "fast-older", "2024-04-01T10:00:00Z")});
-        InboxViewModel model;
+        InboxViewModel model(stores->settings);
         runToEnd(model.load());
         // "fast" answers first, so its rows come first among equals; undated rows go last in
         // arrival order.
@@ -265,7 +260,7 @@ private slots:
                     if (request.path().endsWith(u"/pulls"))
                         arrivals.append(clock.elapsed());
                 });
-        InboxViewModel model;
+        InboxViewModel model(stores->settings);
         runToEnd(model.load());
         QCOMPARE(model.count(), 5);
         QCOMPARE(arrivals.size(), 5);
@@ -287,11 +282,12 @@ private slots:
         servePulls("ann/r2", {pullJson(2, "P2", "2024-05-02T10:00:00Z")});
         // r3 is unknown to the server: 404
         servePulls("ann/r4", {pullJson(4, "P4", "2024-05-03T10:00:00Z")}, 100);
-        InboxViewModel model;
+        InboxViewModel model(stores->settings);
         runToEnd(model.load());
         QCOMPARE(titles(model.displayedRows()), (QStringList{"P4", "P2", "P0"}));
         QVERIFY(!model.errorMessage());
-        const QStringList warnings = logMessagesSince(logStart).filter(QStringLiteral("WARN"));
+        const QStringList warnings =
+            logMessagesSince(stores->log, logStart).filter(QStringLiteral("WARN"));
         QCOMPARE(warnings.size(), 1);
         QVERIFY2(
             warnings.first() ==
@@ -308,7 +304,7 @@ private slots:
         serveRepos({repoJson("ann", "a", 1), repoJson("ann", "b", 2), repoJson("ann", "c", 3)});
         servePulls("ann/a", {}, 0, 500);
         servePulls("ann/b", {}, 0, 500);
-        InboxViewModel model;
+        InboxViewModel model(stores->settings);
         runToEnd(model.load());
         QVERIFY(model.displayedRows().isEmpty());
         QCOMPARE(
@@ -321,11 +317,12 @@ private slots:
     {
         server->route("GET", QStringLiteral("/api/v1/user/repos"),
                       FakeResponse::json(R"({"message":"token is required"})", 401));
-        InboxViewModel model;
+        InboxViewModel model(stores->settings);
         runToEnd(model.load());
         QCOMPARE(model.errorMessage(), QStringLiteral("Authentication failed. Check your token."));
-        QVERIFY(logMessagesSince(logStart).contains(
-            QStringLiteral("ERROR Inbox load failed: Authentication failed. Check your token.")));
+        QVERIFY(logMessagesSince(stores->log, logStart)
+                    .contains(QStringLiteral(
+                        "ERROR Inbox load failed: Authentication failed. Check your token.")));
         QVERIFY(!model.isLoading());
         QVERIFY(model.displayedRows().isEmpty());
     }
@@ -338,7 +335,7 @@ private slots:
                        "pr":{"id":9,"number":9,"title":"cached","state":"open","updated_at":"2024-05-01T10:00:00Z"}}])");
         file.close();
         server->route("GET", QStringLiteral("/api/v1/user/repos"), FakeResponse::json("{}", 500));
-        InboxViewModel model;
+        InboxViewModel model(stores->settings);
         runToEnd(model.load());
         QCOMPARE(titles(model.displayedRows()), QStringList{"cached"});
         QCOMPARE(model.errorMessage(), QStringLiteral("Server error (500)."));
@@ -359,7 +356,7 @@ private slots:
         serveRepos({repoJson("ann", "a", 1)});
         servePulls("ann/a", {pullJson(1, "fresh", "2024-05-02T10:00:00Z")}, 200);
 
-        InboxViewModel model;
+        InboxViewModel model(stores->settings);
         QStringList seenWhileLoading;
         connect(&model, &InboxViewModel::isLoadingChanged, this, [&] {
             if (model.isLoading())
@@ -383,7 +380,7 @@ private slots:
     {
         serveRepos({repoJson("ann", "a", 1)});
         servePulls("ann/a", {pullJson(1, "fresh", "2024-05-02T10:00:00Z")});
-        InboxViewModel model;
+        InboxViewModel model(stores->settings);
         runToEnd(model.load());
         QVERIFY(QFile::exists(cachePath));
         const auto numbers = QJsonDocument::fromJson([&] {
@@ -402,7 +399,7 @@ private slots:
         QVERIFY(!InboxCache().read());
 
         // A second model starts empty and stays so until its own load lands.
-        InboxViewModel next;
+        InboxViewModel next(stores->settings);
         QStringList seenWhileLoading{QStringLiteral("unset")};
         connect(&next, &InboxViewModel::isLoadingChanged, this, [&] {
             if (next.isLoading())
@@ -416,7 +413,7 @@ private slots:
     void emptyCacheFileReadsAsEmptyAndCountsAsNothingCached()
     {
         serveRepos({});
-        InboxViewModel model;
+        InboxViewModel model(stores->settings);
         runToEnd(model.load());
         QFile file(cachePath);
         QVERIFY(file.open(QIODevice::ReadOnly));
@@ -442,7 +439,7 @@ private slots:
         file.close();
         QVERIFY(!InboxCache().read());
         server->route("GET", QStringLiteral("/api/v1/user/repos"), FakeResponse::json("{}", 500));
-        InboxViewModel model;
+        InboxViewModel model(stores->settings);
         runToEnd(model.load());
         QVERIFY(model.displayedRows().isEmpty());
     }
@@ -451,7 +448,7 @@ private slots:
     {
         serveRepos({repoJson("ann", "a", 1)});
         servePulls("ann/a", {pullJson(1, "fresh", "2024-05-02T10:00:00Z")});
-        InboxViewModel model;
+        InboxViewModel model(stores->settings);
         runToEnd(model.load());
         QVERIFY(QFile::remove(cachePath));
         runToEnd(model.load());
@@ -464,7 +461,7 @@ private slots:
         serveRepos({repoJson("ann", "a", 1), repoJson("ann", "b", 2)});
         servePulls("ann/a", {pullJson(1, "one", "2024-05-02T10:00:00Z")});
         servePulls("ann/b", {pullJson(2, "two", "2024-05-03T10:00:00Z")});
-        InboxViewModel model;
+        InboxViewModel model(stores->settings);
         QByteArray onDiskWhenLoaded;
         connect(&model, &InboxViewModel::isLoadingChanged, this, [&] {
             if (!model.isLoading())
@@ -479,7 +476,7 @@ private slots:
     {
         serveRepos({repoJson("ann", "a", 1)});
         servePulls("ann/a", {pullJson(1, "fresh", "2024-05-02T10:00:00Z")});
-        InboxViewModel model;
+        InboxViewModel model(stores->settings);
         {
             BusyPool writer(InboxCache::writerThread());
             QCoro::Task<> load = model.load();
@@ -523,12 +520,12 @@ private slots:
         NotificationPass::install(&pass);
         serveRepos({repoJson("ann", "a", 1)});
         servePulls("ann/a", {pullJson(1, "fresh", "2024-05-02T10:00:00Z")});
-        InboxViewModel model;
+        InboxViewModel model(stores->settings);
 
         runToEnd(model.load());
         QCOMPARE(pass.started, 0); // notifications are off
 
-        SettingsStore::shared()->setNotificationsEnabled(true);
+        stores->settings.setNotificationsEnabled(true);
         runToEnd(model.load());
         QCOMPARE(pass.started, 1);
         QCOMPARE(pass.finished, 0); // the load did not wait for it
@@ -544,13 +541,13 @@ private slots:
     {
         serveRepos({repoJson("ann", "a", 1)});
         servePulls("ann/a", {pullJson(1, "fresh", "2024-05-02T10:00:00Z")}, 2000);
-        auto *model = new InboxViewModel;
+        auto *model = new InboxViewModel(stores->settings);
         QTimer::singleShot(200, model, &QObject::deleteLater);
         QElapsedTimer timer;
         timer.start();
         runToEnd(model->load());
         QVERIFY(timer.elapsed() < 1500);
-        QVERIFY(logMessagesSince(logStart).filter(QStringLiteral("WARN")).isEmpty());
+        QVERIFY(logMessagesSince(stores->log, logStart).filter(QStringLiteral("WARN")).isEmpty());
         QVERIFY(!QFile::exists(cachePath));
     }
 };

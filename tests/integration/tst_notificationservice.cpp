@@ -6,7 +6,7 @@
 #include "fakegiteaserver.h"
 #include "notificationserver.h"
 #include "outcome.h"
-#include "settingsstore.h"
+#include "teststores.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -101,6 +101,7 @@ class TestNotificationService : public QObject
     Q_OBJECT
 
 private:
+    std::unique_ptr<kestrine::testing::TestStores> stores;
     FakeGiteaServer *server = nullptr;
     NotificationServer *notifications = nullptr;
     FreedesktopNotificationCenter *center = nullptr;
@@ -141,13 +142,13 @@ private slots:
         QVERIFY(server->listen());
         world = World();
         world.install(*server);
-        SettingsStore *settings = SettingsStore::shared();
-        settings->setInstanceURL(server->baseUrl().toString());
-        settings->setToken(QStringLiteral("t0ken"));
+        stores = std::make_unique<kestrine::testing::TestStores>();
+        SettingsStore *settings = &stores->settings;
+        stores->signIn(server->baseUrl(), QStringLiteral("t0ken"));
         settings->setMonitoredRepos({});
         settings->setNotificationsEnabled(true);
         center = new FreedesktopNotificationCenter(this);
-        service = new NotificationService(*center, this);
+        service = new NotificationService(stores->settings, *center, this);
         statePath = service->stateFilePath();
         QFile::remove(statePath);
         notifications->received.clear();
@@ -159,6 +160,7 @@ private slots:
         delete service;
         delete center;
         delete server;
+        stores.reset();
     }
 
     void stateFileLivesInTheCachesDirectory()
@@ -379,7 +381,7 @@ private slots:
 
     void notificationsOffReturnsZeroWithoutTouchingTheState()
     {
-        SettingsStore::shared()->setNotificationsEnabled(false);
+        stores->settings.setNotificationsEnabled(false);
         world.repositories = {QStringLiteral("ann/tool")};
         QCOMPARE(pass(), 0);
         QVERIFY(!QFile::exists(statePath));
@@ -388,7 +390,7 @@ private slots:
 
     void notConfiguredReturnsZeroWithoutTouchingTheState()
     {
-        SettingsStore::shared()->setToken(QString());
+        stores->settings.overrideCredentials(std::nullopt, QString());
         QCOMPARE(pass(), 0);
         QVERIFY(!QFile::exists(statePath));
         QVERIFY(server->requests().isEmpty());
@@ -397,7 +399,7 @@ private slots:
     void monitoredNamesMatchingNothingWriteTheStateUnchanged()
     {
         world.repositories = {QStringLiteral("ann/tool")};
-        SettingsStore::shared()->setMonitoredRepos({QStringLiteral("nobody/nothing")});
+        stores->settings.setMonitoredRepos({QStringLiteral("nobody/nothing")});
         NotificationState known;
         known.announcedNewPRs = {QStringLiteral("x/y#1")};
         known.save(statePath);

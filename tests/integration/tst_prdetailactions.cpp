@@ -53,15 +53,16 @@ class TestPRDetailActions : public QObject
     Q_OBJECT
 
 private:
+    std::unique_ptr<TestStores> stores;
     FakeGiteaServer *server = nullptr;
 
     /// A model that has loaded pull request 7; the server's record starts empty after it.
     std::unique_ptr<PRDetailViewModel> loadedModel()
     {
-        auto model = std::make_unique<PRDetailViewModel>(annApp(), 7);
+        auto model = std::make_unique<PRDetailViewModel>(stores->settings, annApp(), 7);
         runToEnd(model->load());
         server->clearRequests();
-        LogStore::shared()->clear();
+        stores->log.clear();
         return model;
     }
 
@@ -80,22 +81,24 @@ private:
 private slots:
     void init()
     {
+        stores = std::make_unique<TestStores>();
         server = new FakeGiteaServer(this);
         QVERIFY(server->listen());
         serveDefaults(*server);
         server->route("POST", updatePath, FakeResponse::empty(200));
         server->route("DELETE", apiRoot + QStringLiteral("/branches/{branch*}"),
                       FakeResponse::empty(204));
-        configureSettings(*server);
-        SettingsStore::shared()->setDeleteBranchAfterMerge(false);
-        SettingsStore::shared()->setMergeGateMode(MergeGateMode::Warn);
-        LogStore::shared()->clear();
+        configureSettings(*stores, *server);
+        stores->settings.setDeleteBranchAfterMerge(false);
+        stores->settings.setMergeGateMode(MergeGateMode::Warn);
+        stores->log.clear();
     }
 
     void cleanup()
     {
         delete server;
         server = nullptr;
+        stores.reset();
     }
 
     void conflictUpdateAndSecondConflictFailAfterTwoMergesAndOneUpdate()
@@ -125,7 +128,7 @@ private slots:
                       FakeResponse::json(pullJson(
                           QStringLiteral("Fix the parser"),
                           head(QStringLiteral("feature/big fix"), QStringLiteral("abc123")))));
-        SettingsStore::shared()->setDeleteBranchAfterMerge(true);
+        stores->settings.setDeleteBranchAfterMerge(true);
         int merges = 0;
         serveMerge(0, &merges);
         const auto model = loadedModel();
@@ -153,7 +156,7 @@ private slots:
 
     void mergeThatNeededTheUpdateSendsNoBranchDeletion()
     {
-        SettingsStore::shared()->setDeleteBranchAfterMerge(true);
+        stores->settings.setDeleteBranchAfterMerge(true);
         int merges = 0;
         serveMerge(1, &merges);
         const auto model = loadedModel();
@@ -173,8 +176,8 @@ private slots:
         int merges = 0;
         serveMerge(1, &merges);
         const auto model = loadedModel();
-        server->route("POST", updatePath, [](const RecordedRequest &, const RouteParams &) {
-            SettingsStore::shared()->setDeleteBranchAfterMerge(true);
+        server->route("POST", updatePath, [this](const RecordedRequest &, const RouteParams &) {
+            stores->settings.setDeleteBranchAfterMerge(true);
             return FakeResponse::empty(200);
         });
         QCOMPARE(runToEnd(model->merge(QStringLiteral("merge"))).value, true);
@@ -196,7 +199,7 @@ private slots:
 
     void failingBranchDeletionIsIgnored()
     {
-        SettingsStore::shared()->setDeleteBranchAfterMerge(true);
+        stores->settings.setDeleteBranchAfterMerge(true);
         int merges = 0;
         serveMerge(0, &merges);
         server->route("DELETE", apiRoot + QStringLiteral("/branches/{branch*}"),
@@ -251,7 +254,7 @@ private slots:
     void mergeWithoutClientReturnsFalseAndDoesNothing()
     {
         const auto model = loadedModel();
-        SettingsStore::shared()->setInstanceURL(QString());
+        stores->settings.overrideCredentials(QString(), std::nullopt);
         QSignalSpy busy(model.get(), &PRDetailViewModel::busyMessageChanged);
         QCOMPARE(runToEnd(model->merge(QStringLiteral("merge"))).value, false);
         QCOMPARE(busy.count(), 0);
@@ -491,28 +494,28 @@ private slots:
     {
         server->route("GET", apiRoot + QStringLiteral("/actions/runs"),
                       FakeResponse::json(runsJson({run(11, QStringLiteral("failure"))})));
-        SettingsStore::shared()->setMergeGateMode(MergeGateMode::Block);
+        stores->settings.setMergeGateMode(MergeGateMode::Block);
         const auto model = loadedModel();
         QCOMPARE(model->ciStatus(), CIStatus::Failure);
         QVERIFY(!model->mergeAllowed());
         QCOMPARE(model->mergeGate().noteIcon, QStringLiteral("lock"));
         QSignalSpy gateChanged(model.get(), &PRDetailViewModel::mergeGateChanged);
 
-        SettingsStore::shared()->setMergeGateMode(MergeGateMode::Warn);
+        stores->settings.setMergeGateMode(MergeGateMode::Warn);
         QVERIFY(model->mergeAllowed());
         QCOMPARE(model->property("mergeAllowed").toBool(), true);
         QCOMPARE(model->mergeGate().noteIcon, QStringLiteral("exclamationmark.triangle"));
         QCOMPARE(gateChanged.count(), 1);
         QVERIFY(server->requests().isEmpty());
 
-        SettingsStore::shared()->setMergeGateMode(MergeGateMode::Block);
+        stores->settings.setMergeGateMode(MergeGateMode::Block);
         QVERIFY(!model->mergeAllowed());
         QCOMPARE(gateChanged.count(), 2);
     }
 
     void gateFollowsTheRunsAsTheyLoad()
     {
-        SettingsStore::shared()->setMergeGateMode(MergeGateMode::Block);
+        stores->settings.setMergeGateMode(MergeGateMode::Block);
         const auto model = loadedModel();
         QVERIFY(model->mergeAllowed());
         server->route("GET", apiRoot + QStringLiteral("/actions/runs"),
@@ -527,7 +530,7 @@ private slots:
     {
         server->route("GET", apiRoot + QStringLiteral("/actions/runs"),
                       FakeResponse::json(runsJson({run(11, QStringLiteral("failure"))})));
-        SettingsStore::shared()->setMergeGateMode(MergeGateMode::Block);
+        stores->settings.setMergeGateMode(MergeGateMode::Block);
         int merges = 0;
         serveMerge(0, &merges);
         const auto model = loadedModel();
@@ -538,16 +541,16 @@ private slots:
     void destroyingTheModelDuringAMergeEndsItSilently()
     {
         server->route("POST", mergePath, delayed(FakeResponse::empty(200), 300));
-        auto *model = new PRDetailViewModel(annApp(), 7);
+        auto *model = new PRDetailViewModel(stores->settings, annApp(), 7);
         runToEnd(model->load());
         server->clearRequests();
-        LogStore::shared()->clear();
+        stores->log.clear();
         const QPointer<PRDetailViewModel> watch(model);
         connect(server, &FakeGiteaServer::requestRecorded, model, &QObject::deleteLater);
         QCOMPARE(runToEnd(model->merge(QStringLiteral("merge"))).value, false);
         QVERIFY(!watch);
         QTest::qWait(500);
-        QVERIFY(LogStore::shared()->entries().isEmpty());
+        QVERIFY(stores->log.entries().isEmpty());
         QCOMPARE(requestLog(*server), QStringList{"POST /pulls/7/merge"});
     }
 };

@@ -16,11 +16,12 @@ class TestPRDetailLoad : public QObject
     Q_OBJECT
 
 private:
+    std::unique_ptr<TestStores> stores;
     FakeGiteaServer *server = nullptr;
 
     std::unique_ptr<PRDetailViewModel> newModel()
     {
-        return std::make_unique<PRDetailViewModel>(annApp(), 7);
+        return std::make_unique<PRDetailViewModel>(stores->settings, annApp(), 7);
     }
 
     /// Serves `total` changed files of pull request 7 `pageSize` a page, with links written
@@ -35,17 +36,19 @@ private:
 private slots:
     void init()
     {
+        stores = std::make_unique<TestStores>();
         server = new FakeGiteaServer(this);
         QVERIFY(server->listen());
         serveDefaults(*server);
-        configureSettings(*server);
-        LogStore::shared()->clear();
+        configureSettings(*stores, *server);
+        stores->log.clear();
     }
 
     void cleanup()
     {
         delete server;
         server = nullptr;
+        stores.reset();
     }
 
     void newModelStartsEmptyAndIdle()
@@ -150,7 +153,7 @@ private slots:
 
     void withoutConfiguredClientLoadChangesNothing()
     {
-        SettingsStore::shared()->setInstanceURL(QString());
+        stores->settings.overrideCredentials(QString(), std::nullopt);
         const auto model = newModel();
         QSignalSpy loading(model.get(), &PRDetailViewModel::isLoadingChanged);
         QSignalSpy errors(model.get(), &PRDetailViewModel::errorMessageChanged);
@@ -158,7 +161,7 @@ private slots:
         QCOMPARE(loading.count(), 0);
         QCOMPARE(errors.count(), 0);
         QVERIFY(server->requests().isEmpty());
-        QVERIFY(LogStore::shared()->entries().isEmpty());
+        QVERIFY(stores->log.entries().isEmpty());
     }
 
     void failedPullRequestFetchLogsAndShowsTheErrorButKeepsTheLists()
@@ -167,11 +170,11 @@ private slots:
         QVERIFY(runToEnd(model->load()).value);
         server->route("GET", pullPath, FakeResponse::json(R"({"message":"gone"})", 404));
         server->clearRequests();
-        LogStore::shared()->clear();
+        stores->log.clear();
 
         QVERIFY(runToEnd(model->load()).value);
         QCOMPARE(model->errorMessage(), QStringLiteral("Not found."));
-        QCOMPARE(logLines(LogLevel::Error),
+        QCOMPARE(stores->lines(LogLevel::Error),
                  (QStringList{QStringLiteral("GET repos/ann/app/pulls/7 \u2192 404 not found"),
                               QStringLiteral("PR 7: load failed: Not found.")}));
         QCOMPARE(model->pr()->title, QStringLiteral("Fix the parser"));
@@ -202,7 +205,7 @@ private slots:
         server->route("GET", pullPath + QStringLiteral("/reviews"),
                       FakeResponse::json(compact(
                           QJsonArray{review(2, QStringLiteral("COMMENT"), QStringLiteral("cy"))})));
-        LogStore::shared()->clear();
+        stores->log.clear();
 
         QVERIFY(runToEnd(model->load()).value);
         QVERIFY(model->comments().isEmpty());
@@ -211,10 +214,10 @@ private slots:
         QCOMPARE(model->files().size(), 1);
         QCOMPARE(model->commits().size(), 1);
         // Only the request's own line; the model adds nothing about the failure.
-        QCOMPARE(logLines(LogLevel::Error),
+        QCOMPARE(stores->lines(LogLevel::Error),
                  QStringList{
                      QStringLiteral("GET repos/ann/app/issues/7/comments \u2192 404 not found")});
-        QCOMPARE(logLines(LogLevel::Warn), QStringList());
+        QCOMPARE(stores->lines(LogLevel::Warn), QStringList());
     }
 
     void seventyFiveFilesArriveWholeInServerOrderWithALogLinePerPage()
@@ -228,7 +231,7 @@ private slots:
         QVERIFY(!model->filesCut());
         QCOMPARE(model->filesCutNotice(), QString());
         QCOMPARE(server->requests("GET", pullPath + QStringLiteral("/files")).size(), 3);
-        QCOMPARE(logLines(LogLevel::Info)
+        QCOMPARE(stores->lines(LogLevel::Info)
                      .count(QStringLiteral("GET repos/ann/app/pulls/7/files \u2192 200")),
                  3);
     }
@@ -247,13 +250,13 @@ private slots:
         QVERIFY(runToEnd(model->load()).value);
         QCOMPARE(model->files().size(), 1);
         serveFilesInPages(75, 30, failingPage);
-        LogStore::shared()->clear();
+        stores->log.clear();
 
         QVERIFY(runToEnd(model->load()).value);
         QVERIFY(model->files().isEmpty());
         QVERIFY(!model->errorMessage());
         QCOMPARE(model->reviews().size(), 1);
-        QCOMPARE(logLines(LogLevel::Error),
+        QCOMPARE(stores->lines(LogLevel::Error),
                  QStringList{QStringLiteral("GET repos/ann/app/pulls/7/files \u2192 500 boom")});
     }
 
@@ -288,12 +291,12 @@ private slots:
         const PRDetailViewModel::JobsByRun jobsBefore = model->jobs();
         server->route("GET", apiRoot + QStringLiteral("/actions/runs"),
                       FakeResponse::json(R"({"message":"boom"})", 500));
-        LogStore::shared()->clear();
+        stores->log.clear();
         QSignalSpy actionsLoading(model.get(), &PRDetailViewModel::isActionsLoadingChanged);
 
         QVERIFY(runToEnd(model->load()).value);
         QCOMPARE(
-            logLines(LogLevel::Warn),
+            stores->lines(LogLevel::Warn),
             QStringList{QStringLiteral("PR 7: actions/runs failed: Server error (500): boom")});
         QVERIFY(!model->errorMessage());
         QCOMPARE(model->runs(), runsBefore);
@@ -398,14 +401,14 @@ private slots:
             response.delay = std::chrono::milliseconds(300);
             return response;
         });
-        auto *model = new PRDetailViewModel(annApp(), 7);
+        auto *model = new PRDetailViewModel(stores->settings, annApp(), 7);
         QPointer<PRDetailViewModel> watch(model);
         connect(server, &FakeGiteaServer::requestRecorded, model, &QObject::deleteLater);
         const auto outcome = runToEnd(model->load());
         QVERIFY(outcome.value);
         QVERIFY(!watch);
         QTest::qWait(500);
-        QVERIFY(LogStore::shared()->entries().isEmpty());
+        QVERIFY(stores->log.entries().isEmpty());
         QCOMPARE(server->requests().size(), 1);
     }
 
@@ -417,7 +420,7 @@ private slots:
                           response.delay = std::chrono::milliseconds(300);
                           return response;
                       });
-        auto *model = new PRDetailViewModel(annApp(), 7);
+        auto *model = new PRDetailViewModel(stores->settings, annApp(), 7);
         QPointer<PRDetailViewModel> watch(model);
         // Gone as soon as comments have landed, while commits are still under way.
         connect(model, &PRDetailViewModel::commentsChanged, model, &QObject::deleteLater);
@@ -426,11 +429,11 @@ private slots:
         QTest::qWait(500);
         // The pull request and the comments (at least) were logged when they arrived; the
         // aborted commits request never is, and the model adds no line of its own.
-        const QStringList lines = logLines(LogLevel::Info);
+        const QStringList lines = stores->lines(LogLevel::Info);
         QVERIFY(lines.contains(QStringLiteral("GET repos/ann/app/pulls/7 \u2192 200")));
         for (const QString &line : lines)
             QVERIFY2(!line.contains(u"/commits"), qPrintable(line));
-        QCOMPARE(logLines(LogLevel::Warn) + logLines(LogLevel::Error), QStringList());
+        QCOMPARE(stores->lines(LogLevel::Warn) + stores->lines(LogLevel::Error), QStringList());
         QVERIFY(!requestLog(*server).contains(QStringLiteral("GET /actions/runs")));
     }
 
@@ -457,10 +460,10 @@ private slots:
         QTest::qWait(600);
         QCOMPARE(model->pr()->title, QStringLiteral("New"));
         QCOMPARE(calls, 2);
-        QCOMPARE(
-            logLines(LogLevel::Info).count(QStringLiteral("GET repos/ann/app/pulls/7 \u2192 200")),
-            1);
-        QCOMPARE(logLines(LogLevel::Warn) + logLines(LogLevel::Error), QStringList());
+        QCOMPARE(stores->lines(LogLevel::Info)
+                     .count(QStringLiteral("GET repos/ann/app/pulls/7 \u2192 200")),
+                 1);
+        QCOMPARE(stores->lines(LogLevel::Warn) + stores->lines(LogLevel::Error), QStringList());
         QVERIFY(!model->errorMessage());
         QCOMPARE(loadingSeen, (QList<bool>{true, false}));
         QVERIFY(!model->isLoading());
@@ -485,7 +488,11 @@ private slots:
 
     void repoCanBeSetInItsQmlForm()
     {
+        QQmlEngine engine;
+        QmlServices::install(engine, stores->settings, stores->log);
         PRDetailViewModel model;
+        setUpAsQmlDoes(model, model, engine);
+        QCOMPARE(model.settings(), &stores->settings);
         QSignalSpy changed(&model, &PRDetailViewModel::repoChanged);
         QVERIFY(model.setProperty("repo", toQmlValue(annApp())));
         QVERIFY(model.setProperty("prNumber", 7));

@@ -20,14 +20,15 @@ private slots:
         FakeGiteaServer server;
         QVERIFY(server.listen());
         server.route("GET", QStringLiteral("/api/v1/user/repos"), FakeResponse::json("[]"));
+        LogStore log;
         const GiteaClient client(server.baseUrl(), QStringLiteral("t"),
-                                 GiteaClient::sharedSession(), LogStore::shared());
+                                 GiteaClient::sharedSession(), &log);
 
         QVERIFY(!runToEnd(http::request(client, QStringLiteral("user/repos"), "GET")).error);
         QVERIFY(
             runToEnd(http::request(client, QStringLiteral("repos/ann/tool/pulls"), "GET")).error);
 
-        const auto entries = LogStore::shared()->entries();
+        const auto entries = log.entries();
         QCOMPARE(entries.size(), 2);
         QCOMPARE(entries[0].level, LogLevel::Info);
         QCOMPARE(entries[0].message, QStringLiteral("GET user/repos \u2192 200"));
@@ -36,7 +37,7 @@ private slots:
                  QStringLiteral("GET repos/ann/tool/pulls \u2192 404 not found"));
 
         // What a restart after a normal exit would load: the stored copy holds both lines.
-        LogStore::shared()->flush();
+        log.flush();
         const LogStore reloaded;
         QCOMPARE(reloaded.count(), 2);
         QVERIFY(reloaded.text().endsWith(

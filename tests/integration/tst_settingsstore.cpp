@@ -8,12 +8,14 @@
 #include "keychainhelper.h"
 #include "logstore.h"
 #include "outcome.h"
+#include "qmlservices.h"
 #include "settingsstore.h"
 #include "tst_keychainprobe.h"
 
 #include <QElapsedTimer>
 #include <QFile>
 #include <QJSEngine>
+#include <QQmlEngine>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -260,15 +262,19 @@ private slots:
         QCOMPARE(QString(SettingsStore::defaultInstanceURL), QStringLiteral("https://gitea.com"));
     }
 
-    void sharedIsOneStoreOwnedByTheApplication()
+    void qmlSingletonIsTheStoreInstalledOnTheEngine()
     {
-        SettingsStore *store = SettingsStore::shared();
-        QVERIFY(store);
-        QCOMPARE(SettingsStore::shared(), store);
-        QCOMPARE(store->parent(), QCoreApplication::instance());
-        QJSEngine engine;
-        QCOMPARE(SettingsStore::create(nullptr, &engine), store);
-        QCOMPARE(QJSEngine::objectOwnership(store), QJSEngine::CppOwnership);
+        LogStore log;
+        SettingsStore store(&log);
+        QQmlEngine engine;
+        QmlServices::install(engine, store, log);
+        QCOMPARE(SettingsStore::create(&engine, &engine), &store);
+        QCOMPARE(QJSEngine::objectOwnership(&store), QJSEngine::CppOwnership);
+
+        QQmlEngine bare;
+        QTest::ignoreMessage(QtCriticalMsg,
+                             "SettingsStore: no settings were installed on this QML engine.");
+        QCOMPARE(SettingsStore::create(&bare, &bare), nullptr);
     }
 
     // --- Loading ---
@@ -679,7 +685,8 @@ private slots:
 
     void clientCarriesBaseURLTokenSharedSessionAndLog()
     {
-        SettingsStore store;
+        LogStore log;
+        SettingsStore store(&log);
         store.setInstanceURL(QStringLiteral("https://git.example.org/gitea/"));
         store.setToken(QStringLiteral("abc123"));
         const std::optional<GiteaClient> client = store.client();
@@ -687,7 +694,7 @@ private slots:
         QCOMPARE(client->instanceURL(), QUrl(QStringLiteral("https://git.example.org/gitea")));
         QCOMPARE(client->token(), QStringLiteral("abc123"));
         QCOMPARE(client->session(), GiteaClient::sharedSession());
-        QCOMPARE(client->log(), static_cast<LogSink *>(LogStore::shared()));
+        QCOMPARE(client->log(), static_cast<LogSink *>(&log));
     }
 
     void clientFollowsTheCurrentSettings()

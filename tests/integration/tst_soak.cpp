@@ -14,7 +14,7 @@
 #include "inbox.h"
 #include "logstore.h"
 #include "outcome.h"
-#include "settingsstore.h"
+#include "teststores.h"
 
 #include <QElapsedTimer>
 #include <QFile>
@@ -26,6 +26,7 @@
 
 using namespace kestrine;
 using kestrine::testing::runToEnd;
+using kestrine::testing::TestStores;
 
 namespace {
 
@@ -108,19 +109,19 @@ private slots:
         QVERIFY2(simulation.isValid(), qPrintable(simulation.loadError()));
         simulation.install(&server);
 
-        SettingsStore *settings = SettingsStore::shared();
-        settings->setInstanceURL(server.baseUrl().toString());
-        settings->setToken(token);
+        TestStores stores;
+        SettingsStore *settings = &stores.settings;
+        stores.signIn(server.baseUrl(), token);
         settings->setMonitoredRepos({});
         settings->setNotificationsEnabled(true);
         SilentCenter center;
-        NotificationService service(center);
+        NotificationService service(stores.settings, center);
         CountingPass pass(service);
         NotificationPass::install(&pass);
 
         QElapsedTimer elapsed;
         elapsed.start();
-        InboxViewModel inbox;
+        InboxViewModel inbox(stores.settings);
         qint64 memoryAfterWarmUp = -1;
         int completed = 0;
         int abandoned = 0;
@@ -195,10 +196,10 @@ private slots:
             QVERIFY(state.announcedNewPRs.contains(it.key()));
 
         // The log stayed within its bound, and its stored copy reads back whole.
-        QVERIFY(LogStore::shared()->count() > 0);
-        QVERIFY(LogStore::shared()->count() <= int(LogStore::maxEntries));
-        LogStore::shared()->flush();
-        QCOMPARE(LogStore(nullptr).entries().size(), LogStore::shared()->entries().size());
+        QVERIFY(stores.log.count() > 0);
+        QVERIFY(stores.log.count() <= int(LogStore::maxEntries));
+        stores.log.flush();
+        QCOMPARE(LogStore(nullptr).entries().size(), stores.log.entries().size());
     }
 };
 

@@ -16,8 +16,8 @@
 #include "logstore.h"
 #include "outcome.h"
 #include "requestcore_p.h"
-#include "settingsstore.h"
 #include "shareservice.h"
+#include "teststores.h"
 
 #include <QDirIterator>
 #include <QFile>
@@ -101,6 +101,7 @@ class TestTokenSafety : public QObject
     Q_OBJECT
 
 private:
+    std::unique_ptr<kestrine::testing::TestStores> stores;
     FakeGiteaServer *server = nullptr;
     GiteaSimulation *simulation = nullptr;
     RecordingCenter center;
@@ -167,12 +168,13 @@ private slots:
                           return FakeResponse::json(QJsonDocument(QJsonArray{pull}).toJson());
                       });
 
-        SettingsStore *settings = SettingsStore::shared();
+        stores = std::make_unique<kestrine::testing::TestStores>();
+        SettingsStore *settings = &stores->settings;
         settings->setInstanceURL(server->baseUrl().toString());
         settings->setToken(token);
         settings->setMonitoredRepos({});
         settings->setNotificationsEnabled(true);
-        service = new NotificationService(center, this);
+        service = new NotificationService(stores->settings, center, this);
         NotificationPass::install(service);
     }
 
@@ -190,7 +192,7 @@ private slots:
         QTRY_COMPARE_WITH_TIMEOUT(SettingsStore().token(), token, 10000);
 
         // The inbox, and the notification pass it starts.
-        InboxViewModel inbox;
+        InboxViewModel inbox(stores->settings);
         runToEnd(inbox.load());
         QVERIFY(!inbox.displayedRows().isEmpty());
         keep(inbox.errorMessage());
@@ -206,20 +208,20 @@ private slots:
             return Repository{};
         }();
         QCOMPARE(tool.fullName, QStringLiteral("ann/tool"));
-        PRDetailViewModel detail(tool, 7);
+        PRDetailViewModel detail(stores->settings, tool, 7);
         runToEnd(detail.load());
         QVERIFY(detail.hasPr());
         QVERIFY(!detail.files().isEmpty());
         QVERIFY(!detail.runs().isEmpty());
         keep(detail.errorMessage());
 
-        DiffModel diff(tool, 7, detail.files().first());
+        DiffModel diff(stores->settings, tool, 7, detail.files().first());
         runToEnd(diff.load());
         keep(diff.errorMessage());
         const qint64 runID = detail.runs().first().id;
         const QList<ActionJob> jobs = detail.jobs().value(runID);
         QVERIFY(!jobs.isEmpty());
-        JobLogModel log(tool, runID, jobs.first().id, jobs.first().name);
+        JobLogModel log(stores->settings, tool, runID, jobs.first().id, jobs.first().name);
         runToEnd(log.load());
         keep(log.errorMessage());
 
@@ -228,7 +230,7 @@ private slots:
         runToEnd(detail.rerun(runID));
         runToEnd(detail.merge(QStringLiteral("squash")));
         keep(detail.errorMessage());
-        PRDetailViewModel other(tool, 8);
+        PRDetailViewModel other(stores->settings, tool, 8);
         runToEnd(other.load());
         runToEnd(other.setState(QStringLiteral("closed")));
         keep(other.errorMessage());
@@ -241,7 +243,7 @@ private slots:
         }
 
         // The echoes reached the log, without the token.
-        const QString logText = LogStore::shared()->text();
+        const QString logText = stores->log.text();
         QVERIFY2(logText.contains(QStringLiteral(
                      "GET repos/cy/infra/pulls \u2192 502 upstream refused Authorization: "
                      "token [token]")),
@@ -266,7 +268,7 @@ private slots:
 
         // Nor any file under the test's home and XDG folders, but the keychain's own, once the
         // log's last lines are written as at exit.
-        LogStore::shared()->flush();
+        stores->log.flush();
         defaultsStore().sync();
         QStringList searched;
         QStringList holding;

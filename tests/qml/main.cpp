@@ -9,6 +9,7 @@
 // real ones of run-isolated's private home and keyring; otherwise the process uses the app's
 // ephemeral storage, as the demo does, and needs no session bus.
 
+#include "qmlservices.h"
 #include "storagemode.h"
 #include "testgitea.h"
 
@@ -44,6 +45,8 @@ public slots:
     {
         engine->addImportPath(QStringLiteral("qrc:/qt/qml"));
         engine->rootContext()->setContextProperty(QStringLiteral("gitea"), m_gitea);
+        // As the app does with the log and the settings it made.
+        kestrine::QmlServices::install(*engine, m_gitea->stores().settings, m_gitea->stores().log);
     }
 
 private:

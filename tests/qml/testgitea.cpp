@@ -62,8 +62,8 @@ QString TestGitea::token() const
 
 void TestGitea::configure()
 {
-    SettingsStore::shared()->setInstanceURL(url());
-    SettingsStore::shared()->setToken(viewerToken);
+    m_stores.settings.setInstanceURL(url());
+    m_stores.settings.setToken(viewerToken);
 }
 
 void TestGitea::answer(const QString &method, const QString &path, int status, const QString &body,
@@ -149,13 +149,13 @@ QVariant TestGitea::keychainValue(const QString &key) const
 int TestGitea::storedLogCount() const
 {
     // As after a normal exit, which writes the log's last lines.
-    LogStore::shared()->flush();
+    m_stores.log.flush();
     return LogStore().count();
 }
 
 bool TestGitea::hasStoredLog() const
 {
-    LogStore::shared()->flush();
+    m_stores.log.flush();
     return defaultsStore().contains(QString(LogStore::persistKey));
 }
 
@@ -164,7 +164,7 @@ void TestGitea::log(const QString &message, const QString &level) const
     const LogLevel logLevel = level == u"ERROR"  ? LogLevel::Error
                               : level == u"WARN" ? LogLevel::Warn
                                                  : LogLevel::Info;
-    LogStore::shared()->log(logLevel, message);
+    m_stores.log.log(logLevel, message);
 }
 
 QUrl TestGitea::temporaryFileUrl(const QString &name) const

@@ -4,6 +4,7 @@
 #include "fakegiteaserver.h"
 #include "giteasimulation.h"
 #include "strangerhost.h"
+#include "teststores.h"
 
 #include <QObject>
 #include <QTemporaryDir>
@@ -13,8 +14,9 @@
 namespace kestrine::testing {
 
 /// What the screen tests reach as `gitea`: the simulated Gitea of tests/data/gitea/seed.json on
-/// 127.0.0.1, the shared settings pointed at it, answers a test scripts over the simulation's, and
-/// what the app left in its stores.
+/// 127.0.0.1, the screens' settings pointed at it, answers a test scripts over the simulation's,
+/// and what the app left in its stores. It holds the log and the settings that the screens' engine
+/// is given, made the way the app makes them: create it once the storage mode is chosen.
 class TestGitea : public QObject
 {
     Q_OBJECT
@@ -27,6 +29,9 @@ public:
     explicit TestGitea(QObject *parent = nullptr);
     ~TestGitea() override;
 
+    /// The screens' log and settings.
+    TestStores &stores() { return m_stores; }
+
     /// Starts the server; false when the seed cannot be read or no port opened.
     bool start();
 
@@ -34,7 +39,7 @@ public:
     /// The seed's token of its viewer, "ann".
     QString token() const;
 
-    /// Points the shared settings at this server, signed in as ann.
+    /// Points the screens' settings at this server, signed in as ann.
     Q_INVOKABLE void configure();
 
     /// From now on `method` requests for `path` (e.g. "/api/v1/repos/ann/tool/pulls/9/files")
@@ -78,7 +83,7 @@ public:
     /// restart; and whether the store holds a log at all.
     Q_INVOKABLE int storedLogCount() const;
     Q_INVOKABLE bool hasStoredLog() const;
-    /// Appends a line to the shared log at "INFO", "WARN" or "ERROR".
+    /// Appends a line to the screens' log at "INFO", "WARN" or "ERROR".
     Q_INVOKABLE void log(const QString &message,
                          const QString &level = QStringLiteral("INFO")) const;
 
@@ -102,6 +107,8 @@ private slots:
 private:
     void install(const QByteArray &seed);
 
+    // Mutable: the const readers of what is stored write the log's waiting lines first.
+    mutable TestStores m_stores;
     std::unique_ptr<FakeGiteaServer> m_server;
     std::unique_ptr<GiteaSimulation> m_simulation;
     QTemporaryDir m_folder;

@@ -83,7 +83,7 @@ private slots:
         QVERIFY(window);
         QCOMPARE(window->size(), QSize(390, 844));
         QCOMPARE(app.engine().rootObjects().size(), 1);
-        QCOMPARE(SettingsStore::shared()->instanceURL(), app.demo()->url().toString());
+        QCOMPARE(app.settings()->instanceURL(), app.demo()->url().toString());
         QVERIFY(NotificationPass::installed());
         QObject *inbox = child(window, "inboxView");
         QVERIFY(inbox);
@@ -99,8 +99,8 @@ private slots:
         settings->setProperty("notificationsEnabled", true);
         settings->setProperty("monitoredRepos", QStringList{QStringLiteral("norrum/harbor")});
         QMetaObject::invokeMethod(settings, "save");
-        QCOMPARE(SettingsStore::shared()->mergeGateMode(), MergeGateMode::Block);
-        QCOMPARE(SettingsStore::shared()->token(), app.demo()->token());
+        QCOMPARE(app.settings()->mergeGateMode(), MergeGateMode::Block);
+        QCOMPARE(app.settings()->token(), app.demo()->token());
         QMetaObject::invokeMethod(model, "reload");
         QTRY_VERIFY(!model->property("isLoading").toBool());
         QCOMPARE(model->property("count").toInt(), 3);
@@ -110,7 +110,7 @@ private slots:
         QTRY_VERIFY((detail = child(window, "prDetailView")));
         QObject *detailModel = detail->property("vm").value<QObject *>();
         QTRY_VERIFY_WITH_TIMEOUT(detailModel->property("hasPr").toBool(), 5000);
-        QVERIFY(LogStore::shared()->count() > 5);
+        QVERIFY(app.log()->count() > 5);
 
         // The user's own stores hold what they held before.
         QCOMPARE(storedSecret(QStringLiteral("instanceURL")), savedURL.toUtf8());

@@ -9,6 +9,7 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QQmlEngine>
 #include <QRegularExpression>
 #include <QSignalSpy>
 #include <QTemporaryDir>
@@ -709,20 +710,18 @@ private slots:
         QCOMPARE(read("level").value<LogLevel>(), LogLevel::Error);
     }
 
-    void sharedIsOneInstanceOwnedByTheApplication()
+    void qmlSingletonIsTheLogInstalledOnTheEngine()
     {
-        LogStore *shared = LogStore::shared();
-        QVERIFY(shared);
-        QCOMPARE(LogStore::shared(), shared);
-        QCOMPARE(shared->parent(), QCoreApplication::instance());
+        LogStore log;
+        SettingsStore settings(&log);
+        QQmlEngine engine;
+        QmlServices::install(engine, settings, log);
+        QCOMPARE(LogStore::create(&engine, nullptr), &log);
+        QCOMPARE(QJSEngine::objectOwnership(&log), QJSEngine::CppOwnership);
 
-        QCOMPARE(LogStore::create(nullptr, nullptr), shared);
-        QCOMPARE(QJSEngine::objectOwnership(shared), QJSEngine::CppOwnership);
-
-        shared->log(LogLevel::Info, QStringLiteral("shared line"));
-        shared->flush();
-        LogStore reloaded;
-        QCOMPARE(reloaded.entries().constLast().message, QStringLiteral("shared line"));
+        QQmlEngine bare;
+        QTest::ignoreMessage(QtCriticalMsg, "LogStore: no log was installed on this QML engine.");
+        QCOMPARE(LogStore::create(&bare, nullptr), nullptr);
     }
 
     // Last, as it ends the application's event loop: what the app does when systemd or the end of

@@ -142,6 +142,16 @@ DemoInstance &Tour::demo() const
     return *m_app.demo();
 }
 
+SettingsStore &Tour::settings() const
+{
+    return *m_app.settings();
+}
+
+LogStore &Tour::log() const
+{
+    return *m_app.log();
+}
+
 AppOptions Tour::appOptions()
 {
     return AppOptions{.demo = true, .demoServer = [] {
@@ -230,7 +240,7 @@ void TourSteps::demoScenes(Tour &t)
     QQuickWindow *window = t.window();
     QObject *inbox = t.find(QStringLiteral("inboxView"));
     QObject *inboxVm = objectProperty(inbox, "vm");
-    SettingsStore *settings = SettingsStore::shared();
+    SettingsStore *settings = &t.settings();
     auto inboxLoaded = [&] {
         return !inboxVm->property("isLoading").toBool() && inboxVm->property("count").toInt() > 0;
     };
@@ -349,7 +359,7 @@ void TourSteps::demoScenes(Tour &t)
     t.shoot(QStringLiteral("logs-share-copied"));
     QMetaObject::invokeMethod(objectProperty(logsView, "shareSheet"), "close");
     Tour::settle(400);
-    LogStore::shared()->clear();
+    t.log().clear();
     Tour::settle(300);
     t.shoot(QStringLiteral("logs-empty"));
     QMetaObject::invokeMethod(t.find(QStringLiteral("settingsSheet")), "back");
@@ -596,7 +606,7 @@ void TourSteps::hostileScenes(Tour &t, testing::StrangerHost &stranger)
         return;
     }
     restoreDemo(t);
-    LogStore::shared()->clear();
+    t.log().clear();
     reloadInbox(inboxVm);
     Tour::settle(300);
     t.shoot(QStringLiteral("hostile-inbox"));
@@ -649,10 +659,9 @@ void TourSteps::hostileScenes(Tour &t, testing::StrangerHost &stranger)
     restoreDemo(t);
 
     // The log, its lines naming the stranger's repository and carrying its messages.
-    LogStore::shared()->log(LogLevel::Warn,
-                            QStringLiteral("PR 1: <img src=\"http://%1/log.png\"> <b>bold</b> "
-                                           "\u202eevil")
-                                .arg(stranger.address()));
+    t.log().log(LogLevel::Warn, QStringLiteral("PR 1: <img src=\"http://%1/log.png\"> <b>bold</b> "
+                                               "\u202eevil")
+                                    .arg(stranger.address()));
     QMetaObject::invokeMethod(inbox, "openSettings");
     Tour::settle(600);
     QMetaObject::invokeMethod(t.find(QStringLiteral("viewLogsLink")), "clicked");

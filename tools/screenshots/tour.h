@@ -17,6 +17,8 @@ namespace kestrine {
 
 struct AppOptions;
 class DemoInstance;
+class LogStore;
+class SettingsStore;
 class FakeGiteaServer;
 class KestrineApp;
 
@@ -57,6 +59,9 @@ private:
 
     QQuickWindow *window() const;
     DemoInstance &demo() const;
+    /// The app's settings and log.
+    SettingsStore &settings() const;
+    LogStore &log() const;
     /// The demo instance's server, which appOptions() made one that tests script.
     FakeGiteaServer &server() const;
 
