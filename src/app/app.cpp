@@ -53,17 +53,19 @@ KestrineApp::~KestrineApp()
         NotificationPass::install(nullptr);
 }
 
-bool KestrineApp::start()
+QCoro::Task<bool> KestrineApp::start()
 {
     // The demo's private storage has to be chosen before any store is opened.
     if (m_options.demo && !startDemo())
-        return false;
+        co_return false;
 
     // 1. The log and the settings, loaded now: the ones of the whole app, which the screens find on
     // the engine.
     m_log = std::make_unique<LogStore>();
     m_settings = std::make_unique<SettingsStore>(m_log.get());
     QmlServices::install(m_engine, *m_settings, *m_log);
+    // Nothing reads the credentials before they are in.
+    co_await m_settings->load();
     SettingsStore *settings = m_settings.get();
     if (m_demo) {
         settings->setInstanceURL(m_demo->url().toString());
@@ -78,7 +80,7 @@ bool KestrineApp::start()
     QQuickWindow *const shown = window();
     if (!shown) {
         m_error = QStringLiteral("The window could not be created.");
-        return false;
+        co_return false;
     }
     // The app is in front while its window is on screen and active; a phone would not show the
     // app's own notifications then, and neither does the app here. Both are asked: not every
@@ -87,7 +89,7 @@ bool KestrineApp::start()
     m_notificationCenter->setForegroundTest([window = QPointer<QQuickWindow>(shown)] {
         return window && window->isExposed() && window->isActive();
     });
-    return true;
+    co_return true;
 }
 
 QQuickWindow *KestrineApp::window() const

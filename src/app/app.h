@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QCoroTask>
 #include <QObject>
 #include <QQmlApplicationEngine>
 #include <QString>
@@ -43,9 +44,10 @@ public:
     KestrineApp(const KestrineApp &) = delete;
     KestrineApp &operator=(const KestrineApp &) = delete;
 
-    /// Starts the app; false, with errorString(), when it cannot (the demo instance cannot start,
-    /// the window cannot be built).
-    bool start();
+    /// Starts the app, once the settings have read the credentials; false, with errorString(),
+    /// when it cannot (the demo instance cannot start, the window cannot be built). Runs on the
+    /// application's event loop.
+    QCoro::Task<bool> start();
     QString errorString() const { return m_error; }
 
     QQmlApplicationEngine &engine() { return m_engine; }

@@ -1,8 +1,32 @@
 #include "app.h"
+#include "settingsstore.h"
 #include "terminationsignal.h"
 
 #include <QCommandLineParser>
 #include <QGuiApplication>
+#include <QTimer>
+
+namespace {
+
+/// Starts the app once the event loop runs; a start that fails ends the loop with status 1.
+QCoro::Task<> launch(kestrine::KestrineApp *app)
+{
+    if (!co_await app->start()) {
+        qCritical("kestrine: %s", qUtf8Printable(app->errorString()));
+        QCoreApplication::exit(1);
+    }
+}
+
+/// Ends the event loop once the settings' keychain writes are done: a credential saved just before
+/// the window closed must not be left half written (deleted, not yet added again).
+QCoro::Task<> leave(kestrine::KestrineApp *app)
+{
+    if (kestrine::SettingsStore *settings = app->settings())
+        co_await settings->settle();
+    QCoreApplication::quit();
+}
+
+} // namespace
 
 int main(int argc, char *argv[])
 {
@@ -22,12 +46,12 @@ int main(int argc, char *argv[])
     parser.process(application);
 
     kestrine::KestrineApp app({.demo = parser.isSet(demo)});
-    if (!app.start()) {
-        qCritical("kestrine: %s", qUtf8Printable(app.errorString()));
-        return 1;
-    }
-    // Stopped by the session or systemd: leave as through the window's close, so that the log's
-    // last lines are written.
-    kestrine::onTerminationSignal([] { QCoreApplication::quit(); });
+    QTimer::singleShot(0, &application, [&app] { launch(&app); });
+    // Closing the window leaves through leave(), as does a stop by the session or systemd, so that
+    // the credentials and the log's last lines are written.
+    QGuiApplication::setQuitOnLastWindowClosed(false);
+    QObject::connect(&application, &QGuiApplication::lastWindowClosed, &application,
+                     [&app] { leave(&app); });
+    kestrine::onTerminationSignal([&app] { leave(&app); });
     return application.exec();
 }

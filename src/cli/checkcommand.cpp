@@ -10,7 +10,6 @@ namespace {
 
 QCoro::Task<int> runCheck(Arguments, Session &session)
 {
-    session.settings();
     const int posted = co_await session.backgroundCheck().poll();
     console::printLine(QString::number(posted));
     co_return ExitCode::Success;

@@ -47,6 +47,8 @@ GlobalOptions takeGlobalOptions(QStringList &arguments)
 QCoro::Task<> execute(const Command *command, Arguments arguments, Session *session, int *exitCode)
 {
     int code = ExitCode::Failure;
+    // Nothing of the command reads the credentials before they are in.
+    co_await session->open();
     try {
         code = co_await command->run(std::move(arguments), *session);
     } catch (const UsageError &error) {

@@ -46,12 +46,13 @@ void Session::flushLog()
         m_log->flush();
 }
 
-SettingsStore &Session::settings()
+QCoro::Task<> Session::open()
 {
     if (m_settings)
-        return *m_settings;
+        co_return;
     m_settings = std::make_unique<SettingsStore>(&log());
     SettingsStore *store = m_settings.get();
+    co_await store->load();
     if (m_demo) {
         // As the app does: its keychain is in memory in this mode.
         store->setInstanceURL(m_demo->url().toString());
@@ -60,14 +61,21 @@ SettingsStore &Session::settings()
         store->overrideCredentials(environmentValue("KESTRINE_URL"),
                                    environmentValue("KESTRINE_TOKEN"));
     }
+}
+
+SettingsStore &Session::settings()
+{
+    Q_ASSERT(m_settings);
+    // Installed when a command first asks for the settings, not before: a wrong command line
+    // writes nothing, and the check's state lives in the caches directory.
     backgroundCheck();
-    return *store;
+    return *m_settings;
 }
 
 BackgroundCheck &Session::backgroundCheck()
 {
     if (!m_check)
-        m_check = std::make_unique<BackgroundCheck>(settings());
+        m_check = std::make_unique<BackgroundCheck>(*m_settings);
     return *m_check;
 }
 
@@ -75,6 +83,8 @@ QCoro::Task<> Session::finish()
 {
     if (m_check)
         co_await m_check->settle();
+    if (m_settings)
+        co_await m_settings->settle();
 }
 
 } // namespace kestrine::cli

@@ -34,9 +34,13 @@ public:
     /// the error text when the demo cannot start.
     std::optional<QString> startDemo();
 
-    /// The run's settings store, loaded on the first call with this run's credentials applied;
-    /// the background check is installed with it, so that whatever the command's models start is
-    /// waited for.
+    /// Makes the run's settings store, waits for it to read the credentials, and applies this
+    /// run's own. The run does this before its command starts; it writes nothing. Must come after
+    /// startDemo().
+    QCoro::Task<> open();
+
+    /// The run's settings store, which open() has made. The first call installs the background
+    /// check, so that whatever the command's models start is waited for.
     SettingsStore &settings();
 
     /// The run's diagnostic log, loaded on the first call (after startDemo(), which decides where
@@ -49,7 +53,8 @@ public:
     /// The background check of this run.
     BackgroundCheck &backgroundCheck();
 
-    /// Waits for what the command left running (see BackgroundCheck::settle()).
+    /// Waits for what the command left running (see BackgroundCheck::settle()) and for the
+    /// settings' keychain writes.
     QCoro::Task<> finish();
 
 private:

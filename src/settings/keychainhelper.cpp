@@ -3,10 +3,9 @@
 #include "storagemode.h"
 
 #include <QCoreApplication>
-#include <QEventLoop>
+#include <QCoroSignal>
 #include <QHash>
 #include <QStringDecoder>
-#include <QTimer>
 #include <memory>
 #include <qt6keychain/keychain.h>
 
@@ -17,7 +16,7 @@ template <class JobType>
 std::unique_ptr<JobType> makeJob(const QString &key)
 {
     auto job = std::make_unique<JobType>(QString(service));
-    // The job is ours until it finishes (see runToEnd for the one exception).
+    // The job is ours until it finishes (see finishes() for the one exception).
     job->setAutoDelete(false);
     // Never fall back to a plain-text file: a credential that cannot go to the secure store is
     // not stored at all.
@@ -26,42 +25,26 @@ std::unique_ptr<JobType> makeJob(const QString &key)
     return job;
 }
 
-/// Starts `job` and waits, in a local event loop, until it finishes or `jobTimeout` passes.
-/// True when it finished in time without an error.
+/// Starts `job` and waits, without blocking the event loop, until it finishes or `jobTimeout`
+/// passes. True when it finished in time without an error.
 ///
 /// On a timeout the backend may still hold the job and call it back later (libsecret keeps a raw
 /// pointer to it until its D-Bus call returns), so it must not be destroyed here: ownership passes
 /// to the job itself, which deletes itself once it finishes, and `job` is left empty.
-template <class JobType>
-bool runToEnd(std::unique_ptr<JobType> &job)
+QCoro::Task<bool> finishes(std::unique_ptr<QKeychain::Job> &job)
 {
     // Without an application object there is no event loop to drive the job.
     if (!QCoreApplication::instance())
-        return false;
-
-    QEventLoop loop;
-    bool finished = false;
-    // Both connections have the loop as their context and die with it.
-    QObject::connect(job.get(), &QKeychain::Job::finished, &loop, [&finished, &loop] {
-        finished = true;
-        loop.quit();
-    });
-    QTimer timeout;
-    timeout.setSingleShot(true);
-    QObject::connect(&timeout, &QTimer::timeout, &loop, &QEventLoop::quit);
-    timeout.start(jobTimeout);
-
-    // start() only queues the job, so it cannot finish before the loop runs. User input waits
-    // until the loop ends: a tap must not start a second settings change in the middle of this one.
+        co_return false;
+    // start() only queues the job, so it cannot finish before the wait below has begun.
     job->start();
-    loop.exec(QEventLoop::ExcludeUserInputEvents);
-
+    const auto finished = co_await qCoro(job.get(), &QKeychain::Job::finished, jobTimeout);
     if (!finished) {
         job->setAutoDelete(true);
         job.release();
-        return false;
+        co_return false;
     }
-    return job->error() == QKeychain::NoError;
+    co_return job->error() == QKeychain::NoError;
 }
 
 /// `bytes` as text when they are valid UTF-8, else nothing. A leading byte order mark is kept as
@@ -86,43 +69,44 @@ QHash<QString, QString> &ephemeralItems()
 
 } // namespace
 
-std::optional<QString> get(const QString &key)
+QCoro::Task<std::optional<QString>> get(QString key)
 {
     if (Storage::isEphemeral()) {
         const auto it = ephemeralItems().constFind(key);
-        return it != ephemeralItems().cend() ? std::optional(*it) : std::nullopt;
+        co_return it != ephemeralItems().cend() ? std::optional(*it) : std::nullopt;
     }
-    auto job = makeJob<QKeychain::ReadPasswordJob>(key);
-    if (!runToEnd(job))
-        return std::nullopt;
+    std::unique_ptr<QKeychain::Job> job = makeJob<QKeychain::ReadPasswordJob>(key);
+    if (!co_await finishes(job))
+        co_return std::nullopt;
     // The raw bytes, not textData(): that one would turn invalid UTF-8 into U+FFFD.
-    return decodeUtf8(job->binaryData());
+    co_return decodeUtf8(static_cast<QKeychain::ReadPasswordJob *>(job.get())->binaryData());
 }
 
-void set(const QString &value, const QString &key)
+QCoro::Task<> set(QString value, QString key)
 {
     if (Storage::isEphemeral()) {
         ephemeralItems().insert(key, value);
-        return;
+        co_return;
     }
     // Delete, then add: what is stored afterwards is exactly one item holding this value, with
     // nothing carried over from the old one. The delete's outcome does not matter (there may have
     // been no item), and a failed add is silent by design.
-    remove(key);
-    auto job = makeJob<QKeychain::WritePasswordJob>(key);
+    co_await remove(key);
+    auto write = makeJob<QKeychain::WritePasswordJob>(key);
     // Text data: the item holds the UTF-8 bytes themselves (binary data would be stored base64).
-    job->setTextData(value);
-    runToEnd(job);
+    write->setTextData(value);
+    std::unique_ptr<QKeychain::Job> job = std::move(write);
+    co_await finishes(job);
 }
 
-void remove(const QString &key)
+QCoro::Task<> remove(QString key)
 {
     if (Storage::isEphemeral()) {
         ephemeralItems().remove(key);
-        return;
+        co_return;
     }
-    auto job = makeJob<QKeychain::DeletePasswordJob>(key);
-    runToEnd(job);
+    std::unique_ptr<QKeychain::Job> job = makeJob<QKeychain::DeletePasswordJob>(key);
+    co_await finishes(job);
 }
 
 } // namespace kestrine::KeychainHelper

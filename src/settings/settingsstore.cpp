@@ -4,7 +4,9 @@
 #include "keychainhelper.h"
 #include "qmlservices.h"
 
+#include <QCoroSignal>
 #include <QJSEngine>
+#include <QPointer>
 #include <QVariant>
 
 namespace kestrine {
@@ -89,11 +91,10 @@ SettingsStore::SettingsStore(LogSink *log, QObject *parent)
     : QObject(parent)
     , m_log(log)
 {
-    // In this order: the in-memory flag, the two credentials, then the defaults store. Nothing is
+    // The in-memory flag, then the defaults store; the credentials follow in load(). Nothing is
     // written back, so a value that was never set stays unset.
     m_inboxNeedsRefresh = false;
-    m_instanceURL = KeychainHelper::get(instanceURLKey).value_or(QString(defaultInstanceURL));
-    m_token = KeychainHelper::get(tokenKey).value_or(QString());
+    m_instanceURL = QString(defaultInstanceURL);
 
     const QSettings &defaults = defaultsStore();
     // Only our own label text selects Block: a damaged or foreign value is the safe default, Warn.
@@ -120,6 +121,59 @@ SettingsStore *SettingsStore::create(QQmlEngine *qmlEngine, QJSEngine *)
     return store;
 }
 
+QCoro::Task<> SettingsStore::load()
+{
+    const QPointer<SettingsStore> self(this);
+    const std::optional<QString> instanceURL =
+        co_await KeychainHelper::get(QString(instanceURLKey));
+    if (!self)
+        co_return;
+    const std::optional<QString> token = co_await KeychainHelper::get(QString(tokenKey));
+    if (!self)
+        co_return;
+    if (!m_instanceURLAssigned)
+        updateInstanceURL(instanceURL.value_or(QString(defaultInstanceURL)));
+    if (!m_tokenAssigned)
+        updateToken(token.value_or(QString()));
+    if (!m_loaded) {
+        m_loaded = true;
+        emit loadedChanged();
+    }
+}
+
+QCoro::Task<> SettingsStore::settle()
+{
+    if (m_writing)
+        co_await qCoro(this, &SettingsStore::writesSettled);
+}
+
+void SettingsStore::persist(QLatin1StringView key, std::optional<QString> value)
+{
+    m_pendingWrites.push_back({QString(key), std::move(value)});
+    if (!m_writing)
+        writePending();
+}
+
+QCoro::Task<> SettingsStore::writePending()
+{
+    // One at a time, in order: a delete-then-add of one value must not interleave with the next
+    // one's, or two quick changes could land in the wrong order.
+    const QPointer<SettingsStore> self(this);
+    m_writing = true;
+    while (!m_pendingWrites.empty()) {
+        const KeychainWrite write = std::move(m_pendingWrites.front());
+        m_pendingWrites.pop_front();
+        if (write.value)
+            co_await KeychainHelper::set(*write.value, write.key);
+        else
+            co_await KeychainHelper::remove(write.key);
+        if (!self)
+            co_return;
+    }
+    m_writing = false;
+    emit writesSettled();
+}
+
 void SettingsStore::updateInstanceURL(const QString &instanceURL)
 {
     if (m_instanceURL == instanceURL)
@@ -138,8 +192,9 @@ void SettingsStore::setInstanceURL(const QString &instanceURL)
     if (m_instanceURL == instanceURL && !m_instanceURLOverridden)
         return;
     m_instanceURLOverridden = false;
+    m_instanceURLAssigned = true;
     updateInstanceURL(instanceURL);
-    KeychainHelper::set(m_instanceURL, instanceURLKey);
+    persist(instanceURLKey, m_instanceURL);
 }
 
 void SettingsStore::updateToken(const QString &token)
@@ -158,8 +213,9 @@ void SettingsStore::setToken(const QString &token)
     if (m_token == token && !m_tokenOverridden)
         return;
     m_tokenOverridden = false;
+    m_tokenAssigned = true;
     updateToken(token);
-    KeychainHelper::set(m_token, tokenKey);
+    persist(tokenKey, m_token);
 }
 
 void SettingsStore::setMergeGateMode(MergeGateMode mode)
@@ -240,16 +296,18 @@ QString SettingsStore::labelOf(MergeGateMode mode)
 
 void SettingsStore::logout()
 {
-    KeychainHelper::remove(instanceURLKey);
-    KeychainHelper::remove(tokenKey);
+    persist(instanceURLKey, std::nullopt);
+    persist(tokenKey, std::nullopt);
     // Written back even when the values did not change: the items were just deleted, and the
     // keychain is to hold the default URL and an empty token afterwards.
     m_instanceURLOverridden = false;
+    m_instanceURLAssigned = true;
     updateInstanceURL(QString(defaultInstanceURL));
-    KeychainHelper::set(m_instanceURL, instanceURLKey);
+    persist(instanceURLKey, m_instanceURL);
     m_tokenOverridden = false;
+    m_tokenAssigned = true;
     updateToken(QString());
-    KeychainHelper::set(m_token, tokenKey);
+    persist(tokenKey, m_token);
 }
 
 void SettingsStore::overrideCredentials(const std::optional<QString> &instanceURL,
@@ -257,10 +315,12 @@ void SettingsStore::overrideCredentials(const std::optional<QString> &instanceUR
 {
     if (instanceURL) {
         m_instanceURLOverridden = true;
+        m_instanceURLAssigned = true;
         updateInstanceURL(*instanceURL);
     }
     if (token) {
         m_tokenOverridden = true;
+        m_tokenAssigned = true;
         updateToken(*token);
     }
 }

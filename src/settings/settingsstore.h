@@ -2,12 +2,14 @@
 
 #include "giteaclient.h"
 
+#include <QCoroTask>
 #include <QLatin1StringView>
 #include <QObject>
 #include <QString>
 #include <QStringList>
 #include <QUrl>
 #include <QtQml/qqmlregistration.h>
+#include <deque>
 #include <optional>
 
 QT_BEGIN_NAMESPACE
@@ -24,8 +26,13 @@ namespace kestrine {
 /// Each value is persisted the moment it changes: the instance URL and the token in the keychain
 /// (KeychainHelper, keys "instanceURL" and "token"), the rest in the defaults store under keys of
 /// the same names as the properties. Observers are notified first, then the value is written.
-/// Persistence failures are silent: a keychain write that fails leaves the new value in memory
-/// and the stored one as it was.
+/// Keychain writes run in the background, one after another in the order they were asked for;
+/// settle() waits for them. Persistence failures are silent: a keychain write that fails leaves the
+/// new value in memory and the stored one as it was.
+///
+/// The defaults store is read when the store is made; the credentials come from the keychain in
+/// load(), which the program awaits at its entry before anything reads them. Until then the
+/// instance URL is the default one and the token empty.
 ///
 /// The program makes one at its entry and hands it to what it creates (view models take it in
 /// their constructor, or from their QML engine: see QmlServices). Main thread only.
@@ -48,6 +55,8 @@ class SettingsStore : public QObject
     Q_PROPERTY(bool notificationsEnabled READ notificationsEnabled WRITE setNotificationsEnabled
                    NOTIFY notificationsEnabledChanged)
     Q_PROPERTY(bool isConfigured READ isConfigured NOTIFY isConfiguredChanged)
+    /// The credentials have been read from the keychain.
+    Q_PROPERTY(bool loaded READ isLoaded NOTIFY loadedChanged)
 
 public:
     /// What the merge action does while CI is red. In QML: SettingsStore.Warn, SettingsStore.Block.
@@ -71,8 +80,8 @@ public:
     static constexpr QLatin1StringView monitoredReposKey{"monitoredRepos"};
     static constexpr QLatin1StringView notificationsEnabledKey{"notificationsEnabled"};
 
-    /// A store loaded from what the keychain and the defaults store hold now; loading writes
-    /// nothing back. Its clients write their lines to `log` (none when null).
+    /// A store over what the defaults store holds now, its credentials not yet read (see load());
+    /// loading writes nothing back. Its clients write their lines to `log` (none when null).
     explicit SettingsStore(LogSink *log = nullptr, QObject *parent = nullptr);
 
     /// The QML singleton is the store the program installed on the engine (QmlServices); C++
@@ -82,6 +91,14 @@ public:
     /// Where this store's clients, and the models that work with it, write their lines; may be
     /// null.
     LogSink *log() const { return m_log; }
+
+    /// Reads the instance URL and the token from the keychain. A credential set or overridden
+    /// meanwhile keeps its newer value. Sets `loaded` at the end.
+    QCoro::Task<> load();
+    bool isLoaded() const { return m_loaded; }
+
+    /// Returns once every keychain write asked for so far has been carried out.
+    QCoro::Task<> settle();
 
     const QString &instanceURL() const { return m_instanceURL; }
     void setInstanceURL(const QString &instanceURL);
@@ -145,8 +162,21 @@ signals:
     void inboxNeedsRefreshChanged();
     void notificationsEnabledChanged();
     void isConfiguredChanged();
+    void loadedChanged();
+    /// The last pending keychain write is done.
+    void writesSettled();
 
 private:
+    /// One keychain write: `value` under `key`, or a deletion when there is no value.
+    struct KeychainWrite
+    {
+        QString key;
+        std::optional<QString> value;
+    };
+    /// Queues a keychain write behind those still pending.
+    void persist(QLatin1StringView key, std::optional<QString> value);
+    QCoro::Task<> writePending();
+
     // Assign and notify, without persisting; the setters and logout() persist.
     void updateInstanceURL(const QString &instanceURL);
     void updateToken(const QString &token);
@@ -157,6 +187,12 @@ private:
     // The in-memory value came from overrideCredentials(), so the keychain holds something else.
     bool m_instanceURLOverridden = false;
     bool m_tokenOverridden = false;
+    // Given a value since the store was made, so that load() keeps it.
+    bool m_instanceURLAssigned = false;
+    bool m_tokenAssigned = false;
+    bool m_loaded = false;
+    std::deque<KeychainWrite> m_pendingWrites;
+    bool m_writing = false;
     MergeGateMode m_mergeGateMode = MergeGateMode::Warn;
     bool m_deleteBranchAfterMerge = false;
     QStringList m_monitoredRepos;

@@ -5,6 +5,7 @@
 #include "clirun.h"
 #include "fixtures.h"
 #include "keychainhelper.h"
+#include "keychainsteps.h"
 #include "pagedanswer.h"
 #include "seededgitea.h"
 
@@ -149,8 +150,8 @@ private:
 private slots:
     void init()
     {
-        KeychainHelper::remove(QStringLiteral("instanceURL"));
-        KeychainHelper::remove(QStringLiteral("token"));
+        keychainRemove(QStringLiteral("instanceURL"));
+        keychainRemove(QStringLiteral("token"));
         gitea = std::make_unique<SeededGitea>();
         QVERIFY(gitea->start());
         cli = std::make_unique<CliRunner>();

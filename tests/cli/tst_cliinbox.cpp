@@ -4,6 +4,7 @@
 
 #include "clirun.h"
 #include "keychainhelper.h"
+#include "keychainsteps.h"
 #include "notificationserver.h"
 #include "seededgitea.h"
 
@@ -79,8 +80,8 @@ private:
 private slots:
     void init()
     {
-        KeychainHelper::remove(QStringLiteral("instanceURL"));
-        KeychainHelper::remove(QStringLiteral("token"));
+        keychainRemove(QStringLiteral("instanceURL"));
+        keychainRemove(QStringLiteral("token"));
         gitea = std::make_unique<SeededGitea>();
         QVERIFY(gitea->start());
         cli = std::make_unique<CliRunner>();

@@ -4,6 +4,7 @@
 
 #include "clirun.h"
 #include "keychainhelper.h"
+#include "keychainsteps.h"
 #include "seededgitea.h"
 
 #include <QJsonArray>
@@ -20,7 +21,7 @@ const QString tokenKey = QStringLiteral("token");
 
 std::optional<QString> stored(const QString &key)
 {
-    return KeychainHelper::get(key);
+    return keychainGet(key);
 }
 
 std::optional<QString> text(const QString &value)
@@ -37,8 +38,8 @@ class TestCliSettings : public QObject
 private slots:
     void init()
     {
-        KeychainHelper::remove(urlKey);
-        KeychainHelper::remove(tokenKey);
+        keychainRemove(urlKey);
+        keychainRemove(tokenKey);
     }
 
     void loginStoresTheURLAndTheTokenFromStandardInput()
@@ -71,8 +72,8 @@ private slots:
     {
         QFETCH(QByteArray, input);
         QFETCH(QString, error);
-        KeychainHelper::set(QStringLiteral("https://kept.example"), urlKey);
-        KeychainHelper::set(QStringLiteral("kept"), tokenKey);
+        keychainSet(QStringLiteral("https://kept.example"), urlKey);
+        keychainSet(QStringLiteral("kept"), tokenKey);
         const CliRunner cli;
 
         const CliResult result = cli.run(
@@ -190,8 +191,8 @@ private slots:
     {
         SeededGitea gitea;
         QVERIFY(gitea.start());
-        KeychainHelper::set(QStringLiteral("https://stored.example"), urlKey);
-        KeychainHelper::set(QStringLiteral("stored-token"), tokenKey);
+        keychainSet(QStringLiteral("https://stored.example"), urlKey);
+        keychainSet(QStringLiteral("stored-token"), tokenKey);
         CliRunner cli;
         cli.environment.insert(QStringLiteral("KESTRINE_URL"), gitea.url());
         cli.environment.insert(QStringLiteral("KESTRINE_TOKEN"), SeededGitea::boToken);
@@ -215,8 +216,8 @@ private slots:
     {
         SeededGitea gitea;
         QVERIFY(gitea.start());
-        KeychainHelper::set(gitea.url(), urlKey);
-        KeychainHelper::set(SeededGitea::annToken, tokenKey);
+        keychainSet(gitea.url(), urlKey);
+        keychainSet(SeededGitea::annToken, tokenKey);
         CliRunner cli;
         cli.environment.insert(QStringLiteral("KESTRINE_TOKEN"), QString());
 
@@ -230,7 +231,7 @@ private slots:
 
     void loginWhileTheEnvironmentOverridesStoresTheNewValues()
     {
-        KeychainHelper::set(QStringLiteral("https://stored.example"), urlKey);
+        keychainSet(QStringLiteral("https://stored.example"), urlKey);
         CliRunner cli;
         cli.environment.insert(QStringLiteral("KESTRINE_URL"),
                                QStringLiteral("https://env.example"));

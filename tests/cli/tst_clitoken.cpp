@@ -4,6 +4,7 @@
 
 #include "clirun.h"
 #include "keychainhelper.h"
+#include "keychainsteps.h"
 #include "seededgitea.h"
 
 #include <QDirIterator>
@@ -54,8 +55,8 @@ private slots:
     {
         // Searching for an empty text would find it everywhere and prove nothing.
         QCOMPARE(token.size(), 40);
-        KeychainHelper::remove(QStringLiteral("instanceURL"));
-        KeychainHelper::remove(QStringLiteral("token"));
+        keychainRemove(QStringLiteral("instanceURL"));
+        keychainRemove(QStringLiteral("token"));
     }
 
     void noOutputLogLineOrFileHoldsTheToken()

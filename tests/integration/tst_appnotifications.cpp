@@ -109,11 +109,14 @@ private slots:
         settings->setMonitoredRepos({});
         // Off while the app starts, so that the passes counted are the test's own.
         settings->setNotificationsEnabled(false);
+        // In the keychain before the app reads it.
+        runToEnd(saved.settle());
         QFile::remove(NotificationState::defaultFilePath());
         notifications->received.clear();
 
         KestrineApp &started = app.emplace(AppOptions{});
-        QVERIFY2(started.start(), qPrintable(started.errorString()));
+        QVERIFY2(runToEnd(started.start()).value.value_or(false),
+                 qPrintable(started.errorString()));
         window = started.window();
         window->requestActivate();
         QVERIFY(QTest::qWaitForWindowActive(window));

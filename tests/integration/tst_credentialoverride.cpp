@@ -4,6 +4,7 @@
 
 #include "fakegiteaserver.h"
 #include "keychainhelper.h"
+#include "keychainsteps.h"
 #include "outcome.h"
 #include "settingsstore.h"
 
@@ -11,7 +12,11 @@
 #include <QtTest>
 
 using namespace kestrine;
+using kestrine::testing::keychainGet;
+using kestrine::testing::keychainSet;
+using kestrine::testing::LoadedSettingsStore;
 using kestrine::testing::runToEnd;
+using kestrine::testing::settled;
 
 namespace {
 
@@ -29,14 +34,14 @@ class TestCredentialOverride : public QObject
 private slots:
     void init()
     {
-        KeychainHelper::set(storedURL, urlKey);
-        KeychainHelper::set(storedToken, tokenKey);
-        QCOMPARE(KeychainHelper::get(tokenKey), std::optional<QString>(storedToken));
+        keychainSet(storedURL, urlKey);
+        keychainSet(storedToken, tokenKey);
+        QCOMPARE(keychainGet(tokenKey), std::optional<QString>(storedToken));
     }
 
     void overriddenValuesAreUsedButNeverStored()
     {
-        SettingsStore store;
+        LoadedSettingsStore store;
         QSignalSpy urlChanged(&store, &SettingsStore::instanceURLChanged);
         QSignalSpy tokenChanged(&store, &SettingsStore::tokenChanged);
 
@@ -49,10 +54,10 @@ private slots:
                  std::optional<QUrl>(QUrl(QStringLiteral("http://override.example"))));
         QCOMPARE(urlChanged.size(), 1);
         QCOMPARE(tokenChanged.size(), 1);
-        QCOMPARE(KeychainHelper::get(urlKey), std::optional<QString>(storedURL));
-        QCOMPARE(KeychainHelper::get(tokenKey), std::optional<QString>(storedToken));
+        QCOMPARE(keychainGet(urlKey), std::optional<QString>(storedURL));
+        QCOMPARE(keychainGet(tokenKey), std::optional<QString>(storedToken));
         // Another store of the same process still reads what is stored.
-        const SettingsStore fresh;
+        const LoadedSettingsStore fresh;
         QCOMPARE(fresh.instanceURL(), storedURL);
         QCOMPARE(fresh.token(), storedToken);
     }
@@ -63,7 +68,7 @@ private slots:
         QVERIFY(server.listen());
         server.route("GET", QStringLiteral("/api/v1/user"),
                      FakeResponse::json(R"({"id":1,"login":"ann"})"));
-        SettingsStore store;
+        LoadedSettingsStore store;
 
         store.overrideCredentials(server.baseUrl().toString(), QStringLiteral("env-token"));
         const std::optional<GiteaClient> client = store.client();
@@ -77,7 +82,7 @@ private slots:
 
     void anAbsentValueKeepsTheStoredOne()
     {
-        SettingsStore store;
+        LoadedSettingsStore store;
         QSignalSpy urlChanged(&store, &SettingsStore::instanceURLChanged);
 
         store.overrideCredentials(std::nullopt, QStringLiteral("env-token"));
@@ -89,7 +94,7 @@ private slots:
 
     void anEmptyOverrideLeavesTheStoreUnconfigured()
     {
-        SettingsStore store;
+        LoadedSettingsStore store;
         QVERIFY(store.isConfigured());
         QSignalSpy configuredChanged(&store, &SettingsStore::isConfiguredChanged);
 
@@ -97,12 +102,12 @@ private slots:
 
         QVERIFY(!store.isConfigured());
         QCOMPARE(configuredChanged.size(), 1);
-        QCOMPARE(KeychainHelper::get(tokenKey), std::optional<QString>(storedToken));
+        QCOMPARE(keychainGet(tokenKey), std::optional<QString>(storedToken));
     }
 
     void settingTheOverridingValueStoresIt()
     {
-        SettingsStore store;
+        LoadedSettingsStore store;
         store.overrideCredentials(QStringLiteral("https://same.example"),
                                   QStringLiteral("same-token"));
         QSignalSpy tokenChanged(&store, &SettingsStore::tokenChanged);
@@ -112,39 +117,40 @@ private slots:
         store.setToken(QStringLiteral("same-token"));
 
         QCOMPARE(tokenChanged.size(), 0);
-        QCOMPARE(KeychainHelper::get(urlKey),
+        settled(store);
+        QCOMPARE(keychainGet(urlKey),
                  std::optional<QString>(QStringLiteral("https://same.example")));
-        QCOMPARE(KeychainHelper::get(tokenKey),
-                 std::optional<QString>(QStringLiteral("same-token")));
+        QCOMPARE(keychainGet(tokenKey), std::optional<QString>(QStringLiteral("same-token")));
     }
 
     void aSetterEndsTheOverrideOfItsValueOnly()
     {
-        SettingsStore store;
+        LoadedSettingsStore store;
         store.overrideCredentials(QStringLiteral("https://env.example"),
                                   QStringLiteral("env-token"));
 
         store.setToken(QStringLiteral("typed-token"));
+        settled(store);
 
-        QCOMPARE(KeychainHelper::get(tokenKey),
-                 std::optional<QString>(QStringLiteral("typed-token")));
-        QCOMPARE(KeychainHelper::get(urlKey), std::optional<QString>(storedURL));
+        QCOMPARE(keychainGet(tokenKey), std::optional<QString>(QStringLiteral("typed-token")));
+        QCOMPARE(keychainGet(urlKey), std::optional<QString>(storedURL));
         QCOMPARE(store.instanceURL(), QStringLiteral("https://env.example"));
     }
 
     void logoutAfterAnOverrideClearsTheKeychain()
     {
-        SettingsStore store;
+        LoadedSettingsStore store;
         store.overrideCredentials(QStringLiteral("https://env.example"),
                                   QStringLiteral("env-token"));
 
         store.logout();
+        settled(store);
 
         QCOMPARE(store.instanceURL(), QString(SettingsStore::defaultInstanceURL));
         QCOMPARE(store.token(), QString());
-        QCOMPARE(KeychainHelper::get(urlKey),
+        QCOMPARE(keychainGet(urlKey),
                  std::optional<QString>(QString(SettingsStore::defaultInstanceURL)));
-        QCOMPARE(KeychainHelper::get(tokenKey), std::optional<QString>(QString()));
+        QCOMPARE(keychainGet(tokenKey), std::optional<QString>(QString()));
     }
 };
 

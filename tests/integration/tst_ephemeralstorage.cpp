@@ -7,6 +7,7 @@
 #include "defaultsstore.h"
 #include "inboxcache.h"
 #include "keychainhelper.h"
+#include "keychainsteps.h"
 #include "logstore.h"
 #include "settingsstore.h"
 #include "storagemode.h"
@@ -20,6 +21,8 @@
 #include <QtTest>
 
 using namespace kestrine;
+using kestrine::testing::keychainSet;
+using kestrine::testing::LoadedSettingsStore;
 using kestrine::testing::readFile;
 using kestrine::testing::SecretServiceProbe;
 using kestrine::testing::userDefaultsPath;
@@ -76,8 +79,8 @@ private slots:
     {
         // What an earlier, normal run left behind; written before this process chooses a mode.
         QVERIFY(!Storage::isEphemeral());
-        KeychainHelper::set(savedURL, QString(SettingsStore::instanceURLKey));
-        KeychainHelper::set(savedToken, QString(SettingsStore::tokenKey));
+        keychainSet(savedURL, QString(SettingsStore::instanceURLKey));
+        keychainSet(savedToken, QString(SettingsStore::tokenKey));
         QCOMPARE(storedSecret(QStringLiteral("instanceURL")), savedURL.toUtf8());
         QCOMPARE(storedSecret(QStringLiteral("token")), savedToken.toUtf8());
         QVERIFY(writeFile(userDefaultsPath(), savedDefaults));
@@ -98,7 +101,7 @@ private slots:
 
     void settingsStartFromDefaultsWithoutTheUsersValues()
     {
-        SettingsStore store;
+        LoadedSettingsStore store;
         QCOMPARE(store.instanceURL(), QString(SettingsStore::defaultInstanceURL));
         QCOMPARE(store.token(), QString());
         QCOMPARE(store.mergeGateMode(), MergeGateMode::Warn);
@@ -109,7 +112,7 @@ private slots:
 
     void changedSettingsStayInThisProcess()
     {
-        SettingsStore store;
+        LoadedSettingsStore store;
         store.setInstanceURL(QStringLiteral("http://127.0.0.1:3000"));
         store.setToken(QStringLiteral("demo-token"));
         store.setMergeGateMode(MergeGateMode::Block);
@@ -119,7 +122,7 @@ private slots:
         store.setToken(QStringLiteral("second-token"));
 
         // Read back by a fresh store: the process remembers them...
-        SettingsStore again;
+        LoadedSettingsStore again;
         QCOMPARE(again.instanceURL(), QString(SettingsStore::defaultInstanceURL));
         QCOMPARE(again.token(), QStringLiteral("second-token"));
         QCOMPARE(again.mergeGateMode(), MergeGateMode::Block);
@@ -181,7 +184,7 @@ int main(int argc, char *argv[])
         if (!Storage::useEphemeral())
             return 1;
         // Use it, so that there is something to remove.
-        SettingsStore().setMergeGateMode(MergeGateMode::Block);
+        LoadedSettingsStore().setMergeGateMode(MergeGateMode::Block);
         printf("%s\n", qPrintable(Storage::ephemeralDirectory()));
         return 0;
     }

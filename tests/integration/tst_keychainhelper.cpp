@@ -3,6 +3,7 @@
 // through KeychainHelper, and straight over D-Bus with SecretServiceProbe.
 
 #include "keychainhelper.h"
+#include "keychainsteps.h"
 #include "tst_keychainprobe.h"
 
 #include <QDBusConnection>
@@ -22,6 +23,9 @@
 #include <qt6keychain/keychain.h>
 
 using namespace kestrine;
+using kestrine::testing::keychainGet;
+using kestrine::testing::keychainRemove;
+using kestrine::testing::keychainSet;
 using kestrine::testing::SecretServiceProbe;
 using namespace std::chrono_literals;
 
@@ -122,15 +126,15 @@ int runWithoutSecretService(const QString &key)
     QElapsedTimer step;
     step.start();
     QJsonObject result;
-    result.insert("firstGet", jsonOf(KeychainHelper::get(key)));
+    result.insert("firstGet", jsonOf(keychainGet(key)));
     result.insert("firstGetMs", millisecondsOf(step));
-    KeychainHelper::set(QStringLiteral("written without a store"), key);
+    keychainSet(QStringLiteral("written without a store"), key);
     result.insert("setMs", millisecondsOf(step));
-    result.insert("getAfterSet", jsonOf(KeychainHelper::get(key)));
+    result.insert("getAfterSet", jsonOf(keychainGet(key)));
     result.insert("getAfterSetMs", millisecondsOf(step));
-    KeychainHelper::set(QString(), key);
+    keychainSet(QString(), key);
     result.insert("setEmptyMs", millisecondsOf(step));
-    KeychainHelper::remove(key);
+    keychainRemove(key);
     result.insert("removeMs", millisecondsOf(step));
     result.insert("totalMs", total.elapsed());
     QTextStream(stdout) << QJsonDocument(result).toJson(QJsonDocument::Compact) << Qt::endl;
@@ -193,7 +197,7 @@ int runWithLateSecretService()
     QJsonObject result;
     QElapsedTimer step;
     step.start();
-    result.insert("firstGet", jsonOf(KeychainHelper::get(tokenKey)));
+    result.insert("firstGet", jsonOf(keychainGet(tokenKey)));
     result.insert("firstGetMs", millisecondsOf(step));
     result.insert("messagesBeforeTimeout", store.received());
 
@@ -212,7 +216,7 @@ int runWithLateSecretService()
     result.insert("lateAnswerSent", store.lateAnswerSent());
 
     step.restart();
-    result.insert("secondGet", jsonOf(KeychainHelper::get(tokenKey)));
+    result.insert("secondGet", jsonOf(keychainGet(tokenKey)));
     result.insert("secondGetMs", millisecondsOf(step));
     result.insert("messages", store.received());
     QTextStream(stdout) << QJsonDocument(result).toJson(QJsonDocument::Compact) << Qt::endl;
@@ -281,17 +285,17 @@ private slots:
 
     void serviceIsTheAppIdentifier() { QCOMPARE(service, QStringLiteral("com.norrum.kestrine")); }
 
-    void getOfANeverWrittenKeyGivesNothing() { QCOMPARE(KeychainHelper::get(tokenKey), nothing); }
+    void getOfANeverWrittenKeyGivesNothing() { QCOMPARE(keychainGet(tokenKey), nothing); }
 
     void setThenGetGivesTheValue()
     {
-        KeychainHelper::set(QStringLiteral("3f2a9c0d1e"), tokenKey);
-        QCOMPARE(KeychainHelper::get(tokenKey), text(QStringLiteral("3f2a9c0d1e")));
+        keychainSet(QStringLiteral("3f2a9c0d1e"), tokenKey);
+        QCOMPARE(keychainGet(tokenKey), text(QStringLiteral("3f2a9c0d1e")));
     }
 
     void itemIsStoredUnderTheAppServiceWithTheKeyAsAccount()
     {
-        KeychainHelper::set(QStringLiteral("https://git.example.org"), urlKey);
+        keychainSet(QStringLiteral("https://git.example.org"), urlKey);
         QCOMPARE(itemCount(urlKey), 1);
         QCOMPARE(itemCount(tokenKey), 0);
         QCOMPARE(SecretServiceProbe::items(QStringLiteral("com.example.other"), urlKey)->size(), 0);
@@ -301,56 +305,56 @@ private slots:
     void valueIsStoredAsItsUtf8Bytes()
     {
         const QString value = QStringLiteral("gr\u00fc\u00dfe \u2713 \U0001D11E end");
-        KeychainHelper::set(value, tokenKey);
+        keychainSet(value, tokenKey);
         QCOMPARE(onlySecret(tokenKey), bytes(value.toUtf8()));
-        QCOMPARE(KeychainHelper::get(tokenKey), text(value));
+        QCOMPARE(keychainGet(tokenKey), text(value));
     }
 
     void leadingByteOrderMarkIsKeptAsPartOfTheValue()
     {
         const QString value = QStringLiteral("\uFEFFtoken");
-        KeychainHelper::set(value, tokenKey);
+        keychainSet(value, tokenKey);
         QCOMPARE(onlySecret(tokenKey), bytes(QByteArray("\xEF\xBB\xBFtoken")));
-        QCOMPARE(KeychainHelper::get(tokenKey), text(value));
+        QCOMPARE(keychainGet(tokenKey), text(value));
     }
 
     void emptyValueIsAnEmptyItemThatReadsBackAsEmptyText()
     {
-        KeychainHelper::set(QString(), tokenKey);
+        keychainSet(QString(), tokenKey);
         // An item exists, and its secret has zero bytes...
         QCOMPARE(itemCount(tokenKey), 1);
         QCOMPARE(onlySecret(tokenKey), bytes(QByteArray()));
         // ...and it reads back as "", which is not the same as no item.
-        const std::optional<QString> value = KeychainHelper::get(tokenKey);
+        const std::optional<QString> value = keychainGet(tokenKey);
         QVERIFY(value.has_value());
         QVERIFY(value->isEmpty());
     }
 
     void emptyValueReplacesAnEarlierValue()
     {
-        KeychainHelper::set(QStringLiteral("old"), tokenKey);
-        KeychainHelper::set(QStringLiteral(""), tokenKey);
+        keychainSet(QStringLiteral("old"), tokenKey);
+        keychainSet(QStringLiteral(""), tokenKey);
         QCOMPARE(itemCount(tokenKey), 1);
-        QCOMPARE(KeychainHelper::get(tokenKey), text(QString()));
-        QVERIFY(KeychainHelper::get(tokenKey).has_value());
+        QCOMPARE(keychainGet(tokenKey), text(QString()));
+        QVERIFY(keychainGet(tokenKey).has_value());
     }
 
     void twoSetsLeaveExactlyOneItemHoldingTheSecondValue()
     {
-        KeychainHelper::set(QStringLiteral("first"), tokenKey);
-        KeychainHelper::set(QStringLiteral("second"), tokenKey);
+        keychainSet(QStringLiteral("first"), tokenKey);
+        keychainSet(QStringLiteral("second"), tokenKey);
         QCOMPARE(itemCount(tokenKey), 1);
         QCOMPARE(SecretServiceProbe::items(service)->size(), 1);
         QCOMPARE(onlySecret(tokenKey), bytes(QByteArray("second")));
-        QCOMPARE(KeychainHelper::get(tokenKey), text(QStringLiteral("second")));
+        QCOMPARE(keychainGet(tokenKey), text(QStringLiteral("second")));
     }
 
     void setAddsANewItemInsteadOfUpdatingTheOldOne()
     {
-        KeychainHelper::set(QStringLiteral("first"), tokenKey);
+        keychainSet(QStringLiteral("first"), tokenKey);
         const std::optional<QDBusObjectPath> first = onlyItem(tokenKey);
         QVERIFY(first.has_value());
-        KeychainHelper::set(QStringLiteral("second"), tokenKey);
+        keychainSet(QStringLiteral("second"), tokenKey);
         const std::optional<QDBusObjectPath> second = onlyItem(tokenKey);
         QVERIFY(second.has_value());
         // An update in place would keep the item's object; delete-then-add makes a new one.
@@ -363,50 +367,50 @@ private slots:
         // KeychainHelper writes): only the delete step removes it.
         QVERIFY(writeBinaryItem(tokenKey, QByteArray("left over")));
         QCOMPARE(itemCount(tokenKey), 1);
-        KeychainHelper::set(QStringLiteral("fresh"), tokenKey);
+        keychainSet(QStringLiteral("fresh"), tokenKey);
         QCOMPARE(itemCount(tokenKey), 1);
         QCOMPARE(onlySecret(tokenKey), bytes(QByteArray("fresh")));
-        QCOMPARE(KeychainHelper::get(tokenKey), text(QStringLiteral("fresh")));
+        QCOMPARE(keychainGet(tokenKey), text(QStringLiteral("fresh")));
     }
 
     void itemWhoseBytesAreNotUtf8ReadsAsNothing()
     {
         QVERIFY(writeBinaryItem(tokenKey, QByteArray("\xff\xfe\xc3", 3)));
         QCOMPARE(itemCount(tokenKey), 1);
-        QCOMPARE(KeychainHelper::get(tokenKey), nothing);
+        QCOMPARE(keychainGet(tokenKey), nothing);
     }
 
     void removeDeletesTheItem()
     {
-        KeychainHelper::set(QStringLiteral("value"), tokenKey);
+        keychainSet(QStringLiteral("value"), tokenKey);
         QCOMPARE(itemCount(tokenKey), 1);
-        KeychainHelper::remove(tokenKey);
+        keychainRemove(tokenKey);
         QCOMPARE(itemCount(tokenKey), 0);
-        QCOMPARE(KeychainHelper::get(tokenKey), nothing);
+        QCOMPARE(keychainGet(tokenKey), nothing);
     }
 
     void removeOfANeverWrittenKeyDoesNothing()
     {
-        KeychainHelper::set(QStringLiteral("kept"), otherKey);
-        KeychainHelper::remove(tokenKey);
+        keychainSet(QStringLiteral("kept"), otherKey);
+        keychainRemove(tokenKey);
         QCOMPARE(itemCount(tokenKey), 0);
-        QCOMPARE(KeychainHelper::get(tokenKey), nothing);
+        QCOMPARE(keychainGet(tokenKey), nothing);
         // The store is as before, and still answers.
         QCOMPARE(SecretServiceProbe::items(service)->size(), 1);
-        QCOMPARE(KeychainHelper::get(otherKey), text(QStringLiteral("kept")));
-        KeychainHelper::set(QStringLiteral("after"), tokenKey);
-        QCOMPARE(KeychainHelper::get(tokenKey), text(QStringLiteral("after")));
+        QCOMPARE(keychainGet(otherKey), text(QStringLiteral("kept")));
+        keychainSet(QStringLiteral("after"), tokenKey);
+        QCOMPARE(keychainGet(tokenKey), text(QStringLiteral("after")));
     }
 
     void keysAreIndependent()
     {
-        KeychainHelper::set(QStringLiteral("https://git.example.org"), urlKey);
-        KeychainHelper::set(QStringLiteral("abc"), tokenKey);
-        QCOMPARE(KeychainHelper::get(urlKey), text(QStringLiteral("https://git.example.org")));
-        QCOMPARE(KeychainHelper::get(tokenKey), text(QStringLiteral("abc")));
-        KeychainHelper::remove(tokenKey);
-        QCOMPARE(KeychainHelper::get(urlKey), text(QStringLiteral("https://git.example.org")));
-        QCOMPARE(KeychainHelper::get(tokenKey), nothing);
+        keychainSet(QStringLiteral("https://git.example.org"), urlKey);
+        keychainSet(QStringLiteral("abc"), tokenKey);
+        QCOMPARE(keychainGet(urlKey), text(QStringLiteral("https://git.example.org")));
+        QCOMPARE(keychainGet(tokenKey), text(QStringLiteral("abc")));
+        keychainRemove(tokenKey);
+        QCOMPARE(keychainGet(urlKey), text(QStringLiteral("https://git.example.org")));
+        QCOMPARE(keychainGet(tokenKey), nothing);
     }
 
     void withoutASecretServiceReadsGiveNothingAndWritesFailSilentlyAndFast()
@@ -435,7 +439,7 @@ private slots:
         QCOMPARE_LT(out.value("totalMs").toInteger(), 10000);
         QCOMPARE_LT(child.wallMs, 10000);
         // The child's write went nowhere, least of all into this session's store.
-        QCOMPARE(KeychainHelper::get(tokenKey), nothing);
+        QCOMPARE(keychainGet(tokenKey), nothing);
     }
 
     void storeThatAnswersLateCannotHangACall()

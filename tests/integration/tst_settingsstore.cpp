@@ -6,6 +6,7 @@
 #include "fakegiteaserver.h"
 #include "fixtures.h"
 #include "keychainhelper.h"
+#include "keychainsteps.h"
 #include "logstore.h"
 #include "outcome.h"
 #include "qmlservices.h"
@@ -15,20 +16,24 @@
 #include <QElapsedTimer>
 #include <QFile>
 #include <QJSEngine>
-#include <QQmlEngine>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QMetaEnum>
 #include <QMetaProperty>
 #include <QProcess>
+#include <QQmlEngine>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QtTest>
 
 using namespace kestrine;
+using kestrine::testing::keychainGet;
+using kestrine::testing::keychainSet;
+using kestrine::testing::LoadedSettingsStore;
 using kestrine::testing::runToEnd;
 using kestrine::testing::SecretServiceProbe;
+using kestrine::testing::settled;
 
 namespace QTest {
 // Failure messages that show what was read: the text, or "nothing".
@@ -119,7 +124,7 @@ void print(const QJsonObject &object)
 /// Child: sets every property through a store of its own, then exits.
 int writeSettings()
 {
-    SettingsStore store;
+    LoadedSettingsStore store;
     store.setInstanceURL(QStringLiteral("https://git.example.org/gitea/"));
     store.setToken(QStringLiteral("tok-123"));
     store.setMergeGateMode(MergeGateMode::Block);
@@ -127,13 +132,15 @@ int writeSettings()
     store.setMonitoredRepos({QStringLiteral("ann/tool"), QStringLiteral("bob/site")});
     store.setInboxNeedsRefresh(true);
     store.setNotificationsEnabled(true);
+    // As a program does before it ends: the keychain writes land first.
+    settled(store);
     return 0;
 }
 
 /// Child: prints what a store loads.
 int printSettings()
 {
-    const SettingsStore store;
+    const LoadedSettingsStore store;
     print(describe(store));
     return 0;
 }
@@ -143,12 +150,13 @@ int settingsWithoutKeychain()
 {
     QElapsedTimer timer;
     timer.start();
-    SettingsStore store;
+    LoadedSettingsStore store;
     const QJsonObject loaded = describe(store);
     store.setInstanceURL(QStringLiteral("https://offline.example.org"));
     store.setToken(QStringLiteral("offline-token"));
     const QJsonObject changed = describe(store);
-    const SettingsStore reloaded;
+    settled(store);
+    const LoadedSettingsStore reloaded;
     print(QJsonObject{{"loaded", loaded},
                       {"changed", changed},
                       {"reloaded", describe(reloaded)},
@@ -246,11 +254,13 @@ private slots:
             const QMetaProperty property = meta.property(i);
             names.append(QString::fromLatin1(property.name()));
             QVERIFY2(property.hasNotifySignal(), property.name());
-            QCOMPARE(property.isWritable(), QByteArray(property.name()) != "isConfigured");
+            const QByteArray name(property.name());
+            QCOMPARE(property.isWritable(), name != "isConfigured" && name != "loaded");
         }
-        QCOMPARE(names, (QStringList{"instanceURL", "token", "mergeGateMode",
-                                     "deleteBranchAfterMerge", "monitoredRepos",
-                                     "inboxNeedsRefresh", "notificationsEnabled", "isConfigured"}));
+        QCOMPARE(names,
+                 (QStringList{"instanceURL", "token", "mergeGateMode", "deleteBranchAfterMerge",
+                              "monitoredRepos", "inboxNeedsRefresh", "notificationsEnabled",
+                              "isConfigured", "loaded"}));
     }
 
     void defaultInstanceURLIsAnHttpsURL()
@@ -281,7 +291,7 @@ private slots:
 
     void freshInstallLoadsTheDefaults()
     {
-        const SettingsStore store;
+        const LoadedSettingsStore store;
         QCOMPARE(store.instanceURL(), QString(SettingsStore::defaultInstanceURL));
         QCOMPARE(store.token(), QString());
         QVERIFY(!store.isConfigured());
@@ -295,7 +305,7 @@ private slots:
 
     void loadingWritesNothingBack()
     {
-        const SettingsStore store;
+        const LoadedSettingsStore store;
         QCOMPARE(SecretServiceProbe::items(service)->size(), 0);
         defaultsStore().sync();
         for (const QString &key : defaultsKeys)
@@ -307,9 +317,9 @@ private slots:
 
     void credentialsLoadFromTheKeychain()
     {
-        KeychainHelper::set(QStringLiteral("https://git.example.org"), urlKey);
-        KeychainHelper::set(QStringLiteral("abc123"), tokenKey);
-        const SettingsStore store;
+        keychainSet(QStringLiteral("https://git.example.org"), urlKey);
+        keychainSet(QStringLiteral("abc123"), tokenKey);
+        const LoadedSettingsStore store;
         QCOMPARE(store.instanceURL(), QStringLiteral("https://git.example.org"));
         QCOMPARE(store.token(), QStringLiteral("abc123"));
         QVERIFY(store.isConfigured());
@@ -317,9 +327,9 @@ private slots:
 
     void storedEmptyInstanceURLLoadsAsEmptyNotAsTheDefault()
     {
-        KeychainHelper::set(QString(), urlKey);
-        KeychainHelper::set(QStringLiteral("abc123"), tokenKey);
-        const SettingsStore store;
+        keychainSet(QString(), urlKey);
+        keychainSet(QStringLiteral("abc123"), tokenKey);
+        const LoadedSettingsStore store;
         QCOMPARE(store.instanceURL(), QString());
         QVERIFY(!store.isConfigured());
         QCOMPARE(store.baseURL(), noURL);
@@ -351,7 +361,7 @@ private slots:
         QFETCH(QVariant, stored);
         QFETCH(MergeGateMode, expected);
         storeDefault(modeKey, stored);
-        QCOMPARE(SettingsStore().mergeGateMode(), expected);
+        QCOMPARE(LoadedSettingsStore().mergeGateMode(), expected);
     }
 
     void deleteBranchAfterMergeLoadsTheStoredBool_data()
@@ -378,7 +388,7 @@ private slots:
         QFETCH(QVariant, stored);
         QFETCH(bool, expected);
         storeDefault(deleteBranchKey, stored);
-        QCOMPARE(SettingsStore().deleteBranchAfterMerge(), expected);
+        QCOMPARE(LoadedSettingsStore().deleteBranchAfterMerge(), expected);
     }
 
     void monitoredReposLoadOnlyFromAnArrayOfStrings_data()
@@ -404,7 +414,7 @@ private slots:
         QFETCH(QVariant, stored);
         QFETCH(QStringList, expected);
         storeDefault(reposKey, stored);
-        QCOMPARE(SettingsStore().monitoredRepos(), expected);
+        QCOMPARE(LoadedSettingsStore().monitoredRepos(), expected);
     }
 
     void notificationsEnabledLoadsOnlyFromARealBool_data()
@@ -424,16 +434,16 @@ private slots:
         QFETCH(QVariant, stored);
         QFETCH(bool, expected);
         storeDefault(notificationsKey, stored);
-        QCOMPARE(SettingsStore().notificationsEnabled(), expected);
+        QCOMPARE(LoadedSettingsStore().notificationsEnabled(), expected);
     }
 
     void inboxNeedsRefreshStartsFalseAndIsNeverStored()
     {
-        SettingsStore store;
+        LoadedSettingsStore store;
         QVERIFY(!store.inboxNeedsRefresh());
         store.setInboxNeedsRefresh(true);
         QVERIFY(store.inboxNeedsRefresh());
-        QVERIFY(!SettingsStore().inboxNeedsRefresh());
+        QVERIFY(!LoadedSettingsStore().inboxNeedsRefresh());
         QVERIFY(!defaultsStore().contains(QStringLiteral("inboxNeedsRefresh")));
         QVERIFY(!defaultsFile().contains(QStringLiteral("inboxNeedsRefresh")));
         QCOMPARE(SecretServiceProbe::items(service)->size(), 0);
@@ -443,11 +453,12 @@ private slots:
 
     void credentialsAreWrittenToTheKeychainOnChange()
     {
-        SettingsStore store;
+        LoadedSettingsStore store;
         store.setInstanceURL(QStringLiteral("https://git.example.org"));
         store.setToken(QStringLiteral("abc123"));
-        QCOMPARE(KeychainHelper::get(urlKey), text(QStringLiteral("https://git.example.org")));
-        QCOMPARE(KeychainHelper::get(tokenKey), text(QStringLiteral("abc123")));
+        settled(store);
+        QCOMPARE(keychainGet(urlKey), text(QStringLiteral("https://git.example.org")));
+        QCOMPARE(keychainGet(tokenKey), text(QStringLiteral("abc123")));
         QCOMPARE(itemCount(urlKey), 1);
         QCOMPARE(itemCount(tokenKey), 1);
         // Nothing of them in the plain defaults file.
@@ -457,17 +468,18 @@ private slots:
 
     void clearingTheTokenWritesAnEmptyItem()
     {
-        SettingsStore store;
+        LoadedSettingsStore store;
         store.setToken(QStringLiteral("abc123"));
         store.setToken(QString());
+        settled(store);
         QCOMPARE(itemCount(tokenKey), 1);
-        QCOMPARE(KeychainHelper::get(tokenKey), text(QString()));
-        QCOMPARE(SettingsStore().token(), QString());
+        QCOMPARE(keychainGet(tokenKey), text(QString()));
+        QCOMPARE(LoadedSettingsStore().token(), QString());
     }
 
     void defaultsAreWrittenWithTheirJsonTypesOnChange()
     {
-        SettingsStore store;
+        LoadedSettingsStore store;
         store.setMergeGateMode(MergeGateMode::Block);
         store.setDeleteBranchAfterMerge(true);
         store.setMonitoredRepos({QStringLiteral("ann/tool"), QStringLiteral("bob/site")});
@@ -493,7 +505,7 @@ private slots:
 
     void aStoreLoadsWhatAnotherWrote()
     {
-        SettingsStore writer;
+        LoadedSettingsStore writer;
         writer.setInstanceURL(QStringLiteral("https://git.example.org"));
         writer.setToken(QStringLiteral("abc123"));
         writer.setMergeGateMode(MergeGateMode::Block);
@@ -501,8 +513,9 @@ private slots:
         writer.setMonitoredRepos({QStringLiteral("ann/tool")});
         writer.setNotificationsEnabled(true);
         writer.setInboxNeedsRefresh(true);
+        settled(writer);
 
-        const SettingsStore reader;
+        const LoadedSettingsStore reader;
         QCOMPARE(describe(reader), (QJsonObject{
                                        {"instanceURL", "https://git.example.org"},
                                        {"token", "abc123"},
@@ -517,7 +530,7 @@ private slots:
 
     void settersNotifyOnlyOnChange()
     {
-        SettingsStore store;
+        LoadedSettingsStore store;
         QSignalSpy url(&store, &SettingsStore::instanceURLChanged);
         QSignalSpy token(&store, &SettingsStore::tokenChanged);
         QSignalSpy mode(&store, &SettingsStore::mergeGateModeChanged);
@@ -557,11 +570,13 @@ private slots:
 
     void unchangedValuesAreNotRewritten()
     {
-        SettingsStore store;
+        LoadedSettingsStore store;
         store.setToken(QStringLiteral("abc"));
+        settled(store);
         const auto before = SecretServiceProbe::items(service, tokenKey);
         QVERIFY(before && before->size() == 1);
         store.setToken(QStringLiteral("abc"));
+        settled(store);
         // A write would have replaced the item with a new one.
         const auto after = SecretServiceProbe::items(service, tokenKey);
         QVERIFY(after && after->size() == 1);
@@ -570,13 +585,13 @@ private slots:
 
     void observersHearOfAChangeBeforeItIsStored()
     {
-        SettingsStore store;
+        LoadedSettingsStore store;
         std::optional<QString> tokenInKeychain = QStringLiteral("not looked at");
         QVariant modeInDefaults = QStringLiteral("not looked at");
         QString tokenSeen;
         connect(&store, &SettingsStore::tokenChanged, this, [&] {
             tokenSeen = store.token();
-            tokenInKeychain = KeychainHelper::get(tokenKey);
+            tokenInKeychain = keychainGet(tokenKey);
         });
         connect(&store, &SettingsStore::mergeGateModeChanged, this,
                 [&] { modeInDefaults = defaultsStore().value(modeKey); });
@@ -587,7 +602,8 @@ private slots:
         QCOMPARE(tokenSeen, QStringLiteral("abc"));
         QCOMPARE(tokenInKeychain, nothing);
         QVERIFY(!modeInDefaults.isValid());
-        QCOMPARE(KeychainHelper::get(tokenKey), text(QStringLiteral("abc")));
+        settled(store);
+        QCOMPARE(keychainGet(tokenKey), text(QStringLiteral("abc")));
         QCOMPARE(defaultsStore().value(modeKey), QVariant(blockLabel));
     }
 
@@ -595,7 +611,7 @@ private slots:
 
     void isConfiguredNeedsAURLAndATokenWithoutTrimming()
     {
-        SettingsStore store;
+        LoadedSettingsStore store;
         QSignalSpy configured(&store, &SettingsStore::isConfiguredChanged);
         QVERIFY(!store.isConfigured());
 
@@ -647,7 +663,7 @@ private slots:
     {
         QFETCH(QString, instanceURL);
         QFETCH(QString, expected);
-        SettingsStore store;
+        LoadedSettingsStore store;
         store.setInstanceURL(instanceURL);
         const std::optional<QUrl> base = store.baseURL();
         QVERIFY(base.has_value());
@@ -677,7 +693,7 @@ private slots:
     void baseURLIsAbsentForTextThatIsNoAbsoluteURL()
     {
         QFETCH(QString, instanceURL);
-        SettingsStore store;
+        LoadedSettingsStore store;
         store.setInstanceURL(instanceURL);
         QCOMPARE(store.baseURL(), noURL);
         QVERIFY(!store.client().has_value());
@@ -699,7 +715,7 @@ private slots:
 
     void clientFollowsTheCurrentSettings()
     {
-        SettingsStore store;
+        LoadedSettingsStore store;
         store.setInstanceURL(QStringLiteral("https://one.example.org"));
         store.setToken(QStringLiteral("first"));
         const GiteaClient before = *store.client();
@@ -714,7 +730,7 @@ private slots:
 
     void clientExistsWithAnEmptyToken()
     {
-        const SettingsStore store;
+        const LoadedSettingsStore store;
         QVERIFY(!store.isConfigured());
         const std::optional<GiteaClient> client = store.client();
         QVERIFY(client.has_value());
@@ -724,7 +740,7 @@ private slots:
 
     void textThatIsNoURLGivesNoClientWhileConfigured()
     {
-        SettingsStore store;
+        LoadedSettingsStore store;
         store.setInstanceURL(QStringLiteral("not a url with spaces"));
         store.setToken(QStringLiteral("abc123"));
         QVERIFY(store.isConfigured());
@@ -752,7 +768,7 @@ private slots:
         server.route("GET", QString::fromLatin1(expectedPath),
                      FakeResponse::json(fixtures::read(QStringLiteral("gitea/user.json"))));
 
-        SettingsStore store;
+        LoadedSettingsStore store;
         store.setInstanceURL(server.baseUrl().toString() + instancePath);
         store.setToken(QStringLiteral("abc123"));
         const std::optional<GiteaClient> client = store.client();
@@ -772,7 +788,7 @@ private slots:
 
     void logoutResetsTheCredentialsAndKeepsTheOtherSettings()
     {
-        SettingsStore store;
+        LoadedSettingsStore store;
         store.setInstanceURL(QStringLiteral("https://git.example.org"));
         store.setToken(QStringLiteral("abc123"));
         store.setMergeGateMode(MergeGateMode::Block);
@@ -784,6 +800,7 @@ private slots:
         QSignalSpy configured(&store, &SettingsStore::isConfiguredChanged);
 
         store.logout();
+        settled(store);
 
         QCOMPARE(store.instanceURL(), QString(SettingsStore::defaultInstanceURL));
         QCOMPARE(store.token(), QString());
@@ -793,8 +810,8 @@ private slots:
         QCOMPARE(configured.count(), 1);
 
         // The keychain holds exactly the default URL and an empty token.
-        QCOMPARE(KeychainHelper::get(urlKey), text(QString(SettingsStore::defaultInstanceURL)));
-        QCOMPARE(KeychainHelper::get(tokenKey), text(QString()));
+        QCOMPARE(keychainGet(urlKey), text(QString(SettingsStore::defaultInstanceURL)));
+        QCOMPARE(keychainGet(tokenKey), text(QString()));
         QCOMPARE(itemCount(urlKey), 1);
         QCOMPARE(itemCount(tokenKey), 1);
 
@@ -803,7 +820,7 @@ private slots:
         QVERIFY(store.deleteBranchAfterMerge());
         QCOMPARE(store.monitoredRepos(), QStringList{QStringLiteral("ann/tool")});
         QVERIFY(store.notificationsEnabled());
-        const SettingsStore reloaded;
+        const LoadedSettingsStore reloaded;
         QCOMPARE(describe(reloaded), (QJsonObject{
                                          {"instanceURL", "https://gitea.com"},
                                          {"token", ""},
@@ -819,14 +836,15 @@ private slots:
     void logoutWritesTheDefaultsEvenWhenTheyAreAlreadyInMemory()
     {
         // A fresh install: nothing stored, and the store already holds the default URL and "".
-        SettingsStore store;
+        LoadedSettingsStore store;
         QSignalSpy url(&store, &SettingsStore::instanceURLChanged);
         QSignalSpy token(&store, &SettingsStore::tokenChanged);
         store.logout();
+        settled(store);
         QCOMPARE(url.count(), 0);
         QCOMPARE(token.count(), 0);
-        QCOMPARE(KeychainHelper::get(urlKey), text(QString(SettingsStore::defaultInstanceURL)));
-        QCOMPARE(KeychainHelper::get(tokenKey), text(QString()));
+        QCOMPARE(keychainGet(urlKey), text(QString(SettingsStore::defaultInstanceURL)));
+        QCOMPARE(keychainGet(tokenKey), text(QString()));
         QCOMPARE(itemCount(urlKey), 1);
         QCOMPARE(itemCount(tokenKey), 1);
     }
@@ -851,7 +869,7 @@ private slots:
                                 }));
         // And this process sees the same through its own store.
         defaultsStore().sync();
-        QCOMPARE(describe(SettingsStore()), reader.output);
+        QCOMPARE(describe(LoadedSettingsStore()), reader.output);
     }
 
     void withoutAKeychainWritesFailSilentlyAndValuesStayInMemory()

@@ -13,6 +13,7 @@
 #include "fakegiteaserver.h"
 #include "giteasimulation.h"
 #include "inbox.h"
+#include "keychainsteps.h"
 #include "logstore.h"
 #include "outcome.h"
 #include "requestcore_p.h"
@@ -29,6 +30,7 @@
 #include <QtTest>
 
 using namespace kestrine;
+using kestrine::testing::LoadedSettingsStore;
 using kestrine::testing::runToEnd;
 
 namespace {
@@ -189,7 +191,7 @@ private slots:
     void aWholeSessionLeavesTheTokenOnlyInTheKeychain()
     {
         // The keychain holds the token: a store loaded afresh reads it back.
-        QTRY_COMPARE_WITH_TIMEOUT(SettingsStore().token(), token, 10000);
+        QTRY_COMPARE_WITH_TIMEOUT(LoadedSettingsStore().token(), token, 10000);
 
         // The inbox, and the notification pass it starts.
         InboxViewModel inbox(stores->settings);

@@ -3,6 +3,7 @@
 #include "defaultsstore.h"
 #include "fixtures.h"
 #include "keychainhelper.h"
+#include "keychainsteps.h"
 #include "logstore.h"
 #include "pagedanswer.h"
 #include "settingsstore.h"
@@ -43,6 +44,8 @@ TestGitea::~TestGitea()
 
 bool TestGitea::start()
 {
+    // As the app does at its entry, before anything reads the credentials.
+    runToEnd(m_stores.settings.load());
     m_server = std::make_unique<FakeGiteaServer>();
     if (!m_server->listen() || !m_stranger.listen())
         return false;
@@ -142,7 +145,9 @@ QString TestGitea::lastBody(const QString &method, const QString &path) const
 
 QVariant TestGitea::keychainValue(const QString &key) const
 {
-    const std::optional<QString> value = KeychainHelper::get(key);
+    // What the keychain holds once the writes asked for so far are done.
+    runToEnd(m_stores.settings.settle());
+    const std::optional<QString> value = keychainGet(key);
     return value ? QVariant(*value) : QVariant();
 }
 

@@ -7,8 +7,10 @@
 #include "demoinstance.h"
 #include "giteaclient.h"
 #include "keychainhelper.h"
+#include "keychainsteps.h"
 #include "logstore.h"
 #include "notificationpass.h"
+#include "outcome.h"
 #include "settingsstore.h"
 #include "storagemode.h"
 #include "testfiles.h"
@@ -23,7 +25,9 @@
 #include <optional>
 
 using namespace kestrine;
+using kestrine::testing::keychainSet;
 using kestrine::testing::readFile;
+using kestrine::testing::runToEnd;
 using kestrine::testing::SecretServiceProbe;
 using kestrine::testing::userDefaultsPath;
 using kestrine::testing::writeFile;
@@ -64,8 +68,8 @@ class TestDemoMode : public QObject
 private slots:
     void initTestCase()
     {
-        KeychainHelper::set(savedURL, QString(SettingsStore::instanceURLKey));
-        KeychainHelper::set(savedToken, QString(SettingsStore::tokenKey));
+        keychainSet(savedURL, QString(SettingsStore::instanceURLKey));
+        keychainSet(savedToken, QString(SettingsStore::tokenKey));
         QVERIFY(writeFile(userDefaultsPath(), savedDefaults));
         QVERIFY(writeFile(userCacheFolder() + QStringLiteral("/inbox.json"), savedInbox));
     }
@@ -74,7 +78,7 @@ private slots:
     {
         std::optional<KestrineApp> running;
         KestrineApp &app = running.emplace(AppOptions{.demo = true});
-        QVERIFY2(app.start(), qPrintable(app.errorString()));
+        QVERIFY2(runToEnd(app.start()).value.value_or(false), qPrintable(app.errorString()));
         QVERIFY(Storage::isEphemeral());
         QVERIFY(app.demo());
 

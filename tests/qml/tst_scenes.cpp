@@ -5,6 +5,7 @@
 // text that holds markup must be drawn as text.
 
 #include "app.h"
+#include "outcome.h"
 #include "screenwarnings.h"
 #include "strangerhost.h"
 #include "tour.h"
@@ -16,6 +17,7 @@
 #include <memory>
 
 using namespace kestrine;
+using kestrine::testing::runToEnd;
 
 namespace {
 
@@ -73,7 +75,7 @@ private slots:
         ui::BrokenScreenMessages::install();
         QVERIFY(m_stranger.listen());
         m_app = std::make_unique<KestrineApp>(Tour::appOptions());
-        QVERIFY2(m_app->start(), qPrintable(m_app->errorString()));
+        QVERIFY2(runToEnd(m_app->start()).value.value_or(false), qPrintable(m_app->errorString()));
         QVERIFY(QTest::qWaitForWindowExposed(m_app->window()));
     }
 

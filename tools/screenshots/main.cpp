@@ -17,6 +17,7 @@
 #include "strangerhost.h"
 #include "tour.h"
 
+#include <QCoroTask>
 #include <QDir>
 #include <QFileInfo>
 #include <QGuiApplication>
@@ -65,7 +66,8 @@ int main(int argc, char *argv[])
         return 1;
     }
     KestrineApp app(Tour::appOptions());
-    if (!app.start()) {
+    // The tour drives the app from outside; it may wait here for the app to be up.
+    if (!QCoro::waitFor(app.start())) {
         std::fprintf(stderr, "kestrine-screenshots: %s\n", qPrintable(app.errorString()));
         return 1;
     }
