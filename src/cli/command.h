@@ -14,8 +14,9 @@ class Session;
 /// it out and answers the exit code.
 ///
 /// A run function checks its arguments first, throwing UsageError for a wrong one, and only then
-/// asks the session for the settings: a wrong command line reads and writes nothing. It reports
-/// every other failure itself.
+/// asks the session for the settings: a wrong command line writes nothing. (The stored settings
+/// and credentials are read before the command starts, see Session::open().) It reports every
+/// other failure itself.
 struct Command
 {
     using Run = QCoro::Task<int> (*)(Arguments arguments, Session &session);

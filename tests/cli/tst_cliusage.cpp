@@ -200,8 +200,8 @@ private slots:
         QCOMPARE(result.errText(), error);
         QCOMPARE(result.exitCode, 2);
         QVERIFY(result.out.isEmpty());
-        // Refused before anything was read or written: not even the settings were loaded, which
-        // would create the caches directory.
+        // Refused before anything was written: the command never asked for the settings, which
+        // would install the background check and create the caches directory.
         QVERIFY(QDir(cli.configHome()).isEmpty());
         QVERIFY(QDir(cli.cacheHome()).isEmpty());
     }
