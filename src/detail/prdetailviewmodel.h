@@ -30,8 +30,7 @@ namespace kestrine {
 /// scope aborts them.
 ///
 /// Each published field has a typed accessor for C++ and a Q_PROPERTY in QML form (records as
-/// JavaScript objects with their JSON keys; optional texts as "" when absent). Its settings come
-/// from its creator (SettingsUser). Main thread only.
+/// JavaScript objects with their JSON keys; optional texts as "" when absent). Main thread only.
 class PRDetailViewModel : public QObject, public SettingsUser
 {
     Q_OBJECT
@@ -65,7 +64,8 @@ class PRDetailViewModel : public QObject, public SettingsUser
 public:
     using JobsByRun = QMap<qint64, QList<ActionJob>>;
 
-    /// For QML, which sets `repo` and `prNumber` afterwards; the settings are its engine's.
+    /// For QML, which sets `repo` and `prNumber` afterwards; the settings are its engine's (see
+    /// SettingsUser). C++ creators hand theirs in.
     explicit PRDetailViewModel(QObject *parent = nullptr);
     PRDetailViewModel(SettingsStore &settings, Repository repo, qint64 prNumber,
                       QObject *parent = nullptr);
