@@ -466,19 +466,26 @@ private slots:
         QVERIFY(!model->isLoading());
     }
 
-    void qmlPropertiesUseTheJsonKeys()
+    void qmlPropertiesGiveThePullRequestAsJsonAndTheListsAsModels()
     {
         const auto model = newModel();
         QVERIFY(runToEnd(model->load()).value);
         QCOMPARE(model->property("pr").toMap().value(QStringLiteral("title")).toString(),
                  QStringLiteral("Fix the parser"));
         QCOMPARE(model->property("hasPr").toBool(), true);
-        const QVariantMap jobs = model->property("jobs").toMap();
-        QCOMPARE(jobs.keys(), QStringList{QStringLiteral("11")});
-        QCOMPARE(
-            jobs.value(QStringLiteral("11")).toList().first().toMap().value(QStringLiteral("name")),
-            QVariant(QStringLiteral("build")));
-        QCOMPARE(model->property("reviews").toList().size(), 1);
+        const auto *runs = model->property("runsModel").value<RecordListModel *>();
+        QVERIFY(runs);
+        QCOMPARE(runs->count(), 1);
+        QCOMPARE(runs->valueAt(0, "runID"), QVariant(qint64(11)));
+        const auto *jobs =
+            qobject_cast<const RecordListModel *>(runs->valueAt(0, "jobs").value<QObject *>());
+        QVERIFY(jobs);
+        QCOMPARE(jobs->count(), 1);
+        QCOMPARE(jobs->valueAt(0, "name"), QVariant(QStringLiteral("build")));
+        QCOMPARE(model->property("reviewsModel").value<RecordListModel *>()->count(), 1);
+        QCOMPARE(model->property("commentsModel").value<RecordListModel *>()->count(), 1);
+        QCOMPARE(model->property("filesModel").value<RecordListModel *>()->valueAt(0, "filename"),
+                 QVariant(QStringLiteral("a.c")));
         QCOMPARE(model->property("errorMessage").toString(), QString());
         QCOMPARE(model->property("ciStatus").value<CIStatus::Value>(), CIStatus::Success);
     }

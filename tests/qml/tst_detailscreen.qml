@@ -181,7 +181,7 @@ Item {
             gitea.answer("GET", "/api/v1/repos/ann/tool/pulls/7/files", 200, "[]");
             const detail = openPullRequest(7);
             showTab(detail, 2);
-            compare(detail.vm.files.length, 0);
+            compare(detail.vm.filesModel.count, 0);
             verify(find(detail, "noFiles").visible);
             compare(find(detail, "noFiles").text, "No changed files.");
             const list = find(detail, "fileList");
@@ -458,7 +458,8 @@ Item {
             mouseClick(row);
             tryCompare(stack, "depth", 3);
             compare(stack.currentItem.objectName, "diffView");
-            compare(stack.currentItem.file.filename, "uploader/retry.go");
+            compare(stack.currentItem.filename, "uploader/retry.go");
+            compare(stack.currentItem.diff.filename, "uploader/retry.go");
             // Coming back loads the pull request again.
             const loads = gitea.requestCount("GET", "/api/v1/repos/ann/tool/pulls/7");
             stack.pop();
