@@ -63,6 +63,7 @@ TabScroll {
                         font.weight: Font.DemiBold
                     }
                     Label {
+                        objectName: "runTime"
                         textFormat: Text.PlainText
                         text: RelativeTime.abbreviated(card.createdAt, RelativeTime.now)
                         color: Theme.secondaryText

@@ -106,6 +106,7 @@ TabScroll {
                         font.weight: Font.DemiBold
                     }
                     Label {
+                        objectName: "commentTime"
                         textFormat: Text.PlainText
                         text: RelativeTime.full(comment.createdAt, RelativeTime.now)
                         color: Theme.secondaryText

@@ -541,6 +541,28 @@ Item {
             compare(find(cardsAfter[2], "commentBody").text, "Third");
         }
 
+        function test_commentAndRunTimesReadRelativeToNowAndNothingWithoutADate() {
+            const twoHoursAgo = new Date(Date.now() - 2 * 3600 * 1000 - 60 * 1000).toISOString();
+            answerConversation([], [
+                { id: 11, user: { login: "ann" }, body: "Dated", created_at: twoHoursAgo },
+                { id: 12, user: { login: "bo" }, body: "Undated" }
+            ]);
+            gitea.answer("GET", "/api/v1/repos/ann/tool/actions/runs", 200,
+                         JSON.stringify({ total_count: 2, workflow_runs: [
+                             { id: 39, name: "build", status: "completed", conclusion: "success",
+                               created_at: twoHoursAgo },
+                             { id: 40, name: "lint", status: "completed", conclusion: "success" }] }));
+            const detail = openPullRequest(7);
+            showTab(detail, 1);
+            const cards = findAll(find(detail, "conversationTab"), "commentCard");
+            compare(cards.length, 2);
+            compare(find(cards[0], "commentTime").text, "2 hours ago");
+            compare(find(cards[1], "commentTime").text, "");
+            showTab(detail, 3);
+            compare(find(find(detail, "runCard_39"), "runTime").text, "2 hr. ago");
+            compare(find(find(detail, "runCard_40"), "runTime").text, "");
+        }
+
         function test_conversationWithoutCommentsSaysSo() {
             gitea.answer("GET", "/api/v1/repos/ann/tool/issues/7/comments", 200, "[]");
             gitea.answer("GET", "/api/v1/repos/ann/tool/pulls/7/reviews", 200, "[]");
