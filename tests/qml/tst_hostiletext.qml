@@ -158,17 +158,30 @@ Item {
             compare(reviewLines[0], "✅ mal<b>lory&amp;<font color=red> approved");
             // The login's override ends with the login: the verb after it reads forwards.
             compare(reviewLines[1], "🔴 \u2068\u202edevorppa\u2069 requested changes");
-            const bodies = textsNamed(detail, "reviewBody");
-            compare(bodies, roleValues(vm.reviewsModel, "body"));
-            compare(textsNamed(detail, "commentAuthor"), roleValues(vm.commentsModel, "author"));
-            compare(textsNamed(detail, "commentBody"), roleValues(vm.commentsModel, "body"));
+            // Each text as the server sent it (the hostile seed's, its host filled in).
+            const host = gitea.strangerHost();
+            compare(textsNamed(detail, "reviewBody"), [
+                "<b>LGTM</b> <img src=\"http://" + host + "/review.png\">\nsecond line ![review](http://"
+                    + host + "/review-md.png)",
+                "<font color=\"#00aa00\">✅ Approved</font> \u202esdrawkcab"]);
+            compare(textsNamed(detail, "commentAuthor"), ["mal<b>lory&amp;<font color=red>", "\u202edevorppa"]);
+            const commentBodies = textsNamed(detail, "commentBody");
+            compare(commentBodies.length, 2);
+            verify(commentBodies[0].startsWith("<img src=\"http://" + host + "/comment.png\"> <b>first line</b>\n"),
+                   commentBodies[0]);
+            compare(commentBodies, roleValues(vm.commentsModel, "body"));
+            compare(commentBodies[1], "\u202edesrever &amp; &lt;b&gt;");
 
             showTab(detail, 2);
-            compare(textsNamed(detail, "fileName"), roleValues(vm.filesModel, "filename"));
+            compare(textsNamed(detail, "fileName"), [
+                "docs/<img src=\"http://" + host + "/file.png\">.md",
+                "<b>bold</b> &amp; <font color=red>red</font>.txt",
+                "src/\u202egnp.exe"]);
 
             showTab(detail, 3);
-            const jobs = vm.runsModel.valueAt(0, "jobs");
-            compare(textsNamed(detail, "jobName"), roleValues(jobs, "name"));
+            compare(textsNamed(detail, "jobName"), [
+                "build <img src=\"http://" + host + "/job.png\">",
+                "<b>test</b> <font color=red>\u202etset</font>"]);
 
             verify(checkDrawnAsText(detail) >= 15);
         }
