@@ -10,6 +10,7 @@
 #include "listcut.h"
 #include "prdetailviewmodel.h"
 #include "session.h"
+#include "summaries.h"
 
 #include <QJsonArray>
 #include <QJsonObject>
@@ -71,26 +72,13 @@ void appendCutNotice(QStringList &lines, const std::optional<ListCut> &cut, cons
         lines.append(prefix + u'(' + listCutNotice(*cut) + u')');
 }
 
-QString reviewLine(const PullReview &review)
-{
-    const QString author = review.user ? review.user->login : QStringLiteral("unknown");
-    switch (ReviewState::from({review})) {
-    case ReviewState::Approved:
-        return QStringLiteral("✅ %1 approved").arg(author);
-    case ReviewState::ChangesRequested:
-        return QStringLiteral("🔴 %1 requested changes").arg(author);
-    default:
-        return QStringLiteral("💬 %1 reviewed").arg(author);
-    }
-}
-
 QString conversation(const PRDetailViewModel &model)
 {
     QStringList lines;
     if (!model.reviews().isEmpty()) {
         lines.append(QStringLiteral("Reviews"));
         for (const PullReview &review : model.reviews()) {
-            lines.append(indent + reviewLine(review));
+            lines.append(indent + ReviewVerdict::of(review).line(authorName(review.user)));
             if (review.body && !review.body->isEmpty())
                 lines.append(indented(*review.body, indent + indent));
         }
@@ -100,7 +88,7 @@ QString conversation(const PRDetailViewModel &model)
     if (model.comments().isEmpty())
         lines.append(indent + QStringLiteral("No comments yet."));
     for (const IssueComment &comment : model.comments()) {
-        QString line = indent + (comment.user ? comment.user->login : QStringLiteral("unknown"));
+        QString line = indent + authorName(comment.user);
         if (comment.createdAt)
             line += u' ' + InternetDate::format(*comment.createdAt);
         lines.append(line);
@@ -132,8 +120,7 @@ QString checks(const PRDetailViewModel &model)
         lines.append(indent + QStringLiteral("No workflow runs for this head commit."));
     for (const ActionRun &run : model.runs()) {
         lines.append(QStringLiteral("%1%2  %3  (run %4)")
-                         .arg(indent, CIStatus::name(CIStatus::forRun(run)),
-                              run.name.value_or(QStringLiteral("workflow")))
+                         .arg(indent, CIStatus::name(CIStatus::forRun(run)), runDisplayName(run))
                          .arg(run.id));
         for (const ActionJob &job : model.jobs().value(run.id)) {
             lines.append(QStringLiteral("%1%2  %3  (job %4)")

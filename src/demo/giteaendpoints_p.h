@@ -54,6 +54,19 @@ QString bodyText(const QJsonObject &body, const QString &key);
 bool bodyFlag(const QJsonObject &body, const QString &key);
 
 using Endpoint = HttpAnswer (*)(Call &call);
+/// An endpoint that reads the request body.
+using BodyEndpoint = HttpAnswer (*)(Call &call, const QJsonObject &body);
+
+/// `endpoint` behind Gitea's form binding, which answers a body it cannot bind before the
+/// endpoint runs.
+template <BodyEndpoint endpoint>
+HttpAnswer withBody(Call &call)
+{
+    const auto bound = call.bind();
+    if (const auto *refused = std::get_if<HttpAnswer>(&bound))
+        return *refused;
+    return endpoint(call, std::get<QJsonObject>(bound));
+}
 
 HttpAnswer currentUser(Call &call);
 HttpAnswer listMyRepos(Call &call);
@@ -68,11 +81,11 @@ HttpAnswer listRuns(Call &call);
 HttpAnswer listJobs(Call &call);
 HttpAnswer jobLogs(Call &call);
 
-HttpAnswer mergePull(Call &call);
+HttpAnswer mergePull(Call &call, const QJsonObject &body);
 HttpAnswer updatePull(Call &call);
-HttpAnswer editPull(Call &call);
-HttpAnswer createReview(Call &call);
-HttpAnswer createComment(Call &call);
+HttpAnswer editPull(Call &call, const QJsonObject &body);
+HttpAnswer createReview(Call &call, const QJsonObject &body);
+HttpAnswer createComment(Call &call, const QJsonObject &body);
 HttpAnswer deleteBranch(Call &call);
 HttpAnswer rerunRun(Call &call);
 

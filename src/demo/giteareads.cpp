@@ -53,6 +53,14 @@ std::function<bool(const PullRequest *, const PullRequest *)> pullOrder(const QS
     };
 }
 
+/// A list that Gitea counts but links no pages of: the items with "X-Total-Count".
+HttpAnswer countedList(const Call &call, const QJsonArray &items, qint64 total)
+{
+    HttpAnswer response = call.answer(items);
+    response.headers = totalCountHeaders(total);
+    return response;
+}
+
 } // namespace
 
 bool reviewVisible(const Review &review, const User *viewer)
@@ -138,9 +146,7 @@ HttpAnswer listReviews(Call &call)
         if (reviewVisible(review, call.doer))
             reviews.append(call.json.review(*call.repo, *pull, review));
     }
-    HttpAnswer response = call.answer(reviews);
-    response.headers = totalCountHeaders(pull->reviews.size());
-    return response;
+    return countedList(call, reviews, pull->reviews.size());
 }
 
 HttpAnswer listComments(Call &call)
@@ -152,9 +158,7 @@ HttpAnswer listComments(Call &call)
     QJsonArray comments;
     for (const Comment &comment : pull->comments)
         comments.append(call.json.comment(*call.repo, *pull, comment));
-    HttpAnswer response = call.answer(comments);
-    response.headers = totalCountHeaders(pull->comments.size());
-    return response;
+    return countedList(call, comments, pull->comments.size());
 }
 
 HttpAnswer listFiles(Call &call)

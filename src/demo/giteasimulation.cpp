@@ -28,6 +28,16 @@ std::optional<QString> presentedToken(const HttpRequest &request)
     return QString::fromUtf8(parts.last());
 }
 
+/// Each of `items` in its JSON form.
+template <class Items, class Render>
+QJsonArray rendered(const Items &items, Render render)
+{
+    QJsonArray result;
+    for (const auto &item : items)
+        result.append(render(item));
+    return result;
+}
+
 } // namespace
 
 struct GiteaSimulation::Route
@@ -52,19 +62,21 @@ const QList<GiteaSimulation::Route> &GiteaSimulation::routes()
         {"GET", QStringLiteral("/user/repos"), listMyRepos, false, Guard::Token},
         {"GET", QStringLiteral("/repos/{owner}/{repo}/pulls"), listPulls, true, Guard::None},
         {"GET", pulls, getPull, true, Guard::None},
-        {"PATCH", pulls, editPull, true, Guard::TokenNotArchived},
+        {"PATCH", pulls, withBody<editPull>, true, Guard::TokenNotArchived},
         {"GET", QStringLiteral("/repos/{owner}/{repo}/pulls/{index}.diff"), pullDiff, true,
          Guard::None},
         {"GET", pulls + QStringLiteral("/reviews"), listReviews, true, Guard::None},
-        {"POST", pulls + QStringLiteral("/reviews"), createReview, true, Guard::TokenNotArchived},
+        {"POST", pulls + QStringLiteral("/reviews"), withBody<createReview>, true,
+         Guard::TokenNotArchived},
         {"GET", pulls + QStringLiteral("/files"), listFiles, true, Guard::None},
         {"GET", pulls + QStringLiteral("/commits"), listCommits, true, Guard::None},
-        {"POST", pulls + QStringLiteral("/merge"), mergePull, true, Guard::TokenNotArchived},
+        {"POST", pulls + QStringLiteral("/merge"), withBody<mergePull>, true,
+         Guard::TokenNotArchived},
         {"POST", pulls + QStringLiteral("/update"), updatePull, true, Guard::TokenNotArchived},
         {"GET", QStringLiteral("/repos/{owner}/{repo}/issues/{index}/comments"), listComments, true,
          Guard::None},
-        {"POST", QStringLiteral("/repos/{owner}/{repo}/issues/{index}/comments"), createComment,
-         true, Guard::TokenNotArchived},
+        {"POST", QStringLiteral("/repos/{owner}/{repo}/issues/{index}/comments"),
+         withBody<createComment>, true, Guard::TokenNotArchived},
         {"DELETE", QStringLiteral("/repos/{owner}/{repo}/branches/{branch*}"), deleteBranch, true,
          Guard::TokenNotArchived},
         {"GET", actions + QStringLiteral("/runs"), listRuns, true, Guard::None},
@@ -268,20 +280,21 @@ std::optional<QJsonObject> GiteaSimulation::pullRequest(const QString &owner, co
 QJsonArray GiteaSimulation::reviews(const QString &owner, const QString &repo, int number) const
 {
     const auto [r, pull] = findPull(owner, repo, number);
-    QJsonArray result;
-    for (const sim::Review *review :
-         pull ? sim::visibleReviews(*pull, viewer()) : QList<const sim::Review *>())
-        result.append(renderer().review(*r, *pull, *review));
-    return result;
+    if (!pull)
+        return {};
+    return rendered(sim::visibleReviews(*pull, viewer()), [&](const sim::Review *review) {
+        return renderer().review(*r, *pull, *review);
+    });
 }
 
 QJsonArray GiteaSimulation::comments(const QString &owner, const QString &repo, int number) const
 {
     const auto [r, pull] = findPull(owner, repo, number);
-    QJsonArray result;
-    for (const sim::Comment &comment : pull ? pull->comments : QList<sim::Comment>())
-        result.append(renderer().comment(*r, *pull, comment));
-    return result;
+    if (!pull)
+        return {};
+    return rendered(pull->comments, [&](const sim::Comment &comment) {
+        return renderer().comment(*r, *pull, comment);
+    });
 }
 
 bool GiteaSimulation::branchExists(const QString &owner, const QString &repo,
@@ -301,10 +314,10 @@ std::optional<QJsonObject> GiteaSimulation::run(const QString &owner, const QStr
 QJsonArray GiteaSimulation::jobs(const QString &owner, const QString &repo, qint64 runId) const
 {
     const auto [r, found] = findRun(owner, repo, runId);
-    QJsonArray result;
-    for (const sim::Job &job : found ? found->jobs : QList<sim::Job>())
-        result.append(renderer().job(*r, *found, job));
-    return result;
+    if (!found)
+        return {};
+    return rendered(found->jobs,
+                    [&](const sim::Job &job) { return renderer().job(*r, *found, job); });
 }
 
 } // namespace kestrine

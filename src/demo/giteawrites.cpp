@@ -112,12 +112,8 @@ void bringUpToDate(Call &call, PullRequest &pull, bool rebase)
 
 } // namespace
 
-HttpAnswer mergePull(Call &call)
+HttpAnswer mergePull(Call &call, const QJsonObject &body)
 {
-    const auto bound = call.bind();
-    if (const auto *refused = std::get_if<HttpAnswer>(&bound))
-        return *refused;
-    const QJsonObject &body = std::get<QJsonObject>(bound);
     const QString style = bodyText(body, QStringLiteral("Do"));
     if (style.isEmpty())
         return validationError(call, QStringLiteral("Do"), QStringLiteral("Required"));
@@ -190,12 +186,8 @@ HttpAnswer updatePull(Call &call)
     return HttpAnswer::empty(200);
 }
 
-HttpAnswer editPull(Call &call)
+HttpAnswer editPull(Call &call, const QJsonObject &body)
 {
-    const auto bound = call.bind();
-    if (const auto *refused = std::get_if<HttpAnswer>(&bound))
-        return *refused;
-    const QJsonObject &body = std::get<QJsonObject>(bound);
     PullRequest *pull = call.pull();
     if (!pull)
         return call.notFound();
@@ -219,12 +211,8 @@ HttpAnswer editPull(Call &call)
     return call.answer(call.json.pullRequest(*call.repo, *pull), 201);
 }
 
-HttpAnswer createReview(Call &call)
+HttpAnswer createReview(Call &call, const QJsonObject &body)
 {
-    const auto bound = call.bind();
-    if (const auto *refused = std::get_if<HttpAnswer>(&bound))
-        return *refused;
-    const QJsonObject &body = std::get<QJsonObject>(bound);
     PullRequest *pull = call.pull();
     if (!pull)
         return call.notFound();
@@ -273,12 +261,9 @@ HttpAnswer createReview(Call &call)
     return call.answer(call.json.review(*call.repo, *pull, pull->reviews.constLast()));
 }
 
-HttpAnswer createComment(Call &call)
+HttpAnswer createComment(Call &call, const QJsonObject &body)
 {
-    const auto bound = call.bind();
-    if (const auto *refused = std::get_if<HttpAnswer>(&bound))
-        return *refused;
-    const QString text = bodyText(std::get<QJsonObject>(bound), QStringLiteral("body"));
+    const QString text = bodyText(body, QStringLiteral("body"));
     if (text.isEmpty())
         return validationError(call, QStringLiteral("Body"), QStringLiteral("Required"));
     PullRequest *pull = call.pull();

@@ -48,6 +48,15 @@ void DiffModel::setFile(const ChangedFile &file)
     emit fileChanged();
 }
 
+void DiffModel::setFilename(const QString &filename)
+{
+    if (m_file.filename == filename)
+        return;
+    ChangedFile file;
+    file.filename = filename;
+    setFile(file);
+}
+
 QCoro::Task<> DiffModel::load()
 {
     setLoading(true);

@@ -25,6 +25,8 @@ class DiffModel : public QAbstractListModel, public SettingsUser
     Q_PROPERTY(QVariant repo READ qmlRepo WRITE setQmlRepo NOTIFY repoChanged)
     Q_PROPERTY(qint64 prNumber READ prNumber WRITE setPrNumber NOTIFY prNumberChanged)
     Q_PROPERTY(QVariant file READ qmlFile WRITE setQmlFile NOTIFY fileChanged)
+    /// The file by its name alone, which is all the diff is cut by.
+    Q_PROPERTY(QString filename READ filename WRITE setFilename NOTIFY fileChanged)
     Q_PROPERTY(bool isLoading READ isLoading NOTIFY isLoadingChanged)
     /// "" when there is no error.
     Q_PROPERTY(QString errorMessage READ qmlErrorMessage NOTIFY errorMessageChanged)
@@ -47,6 +49,9 @@ public:
     void setPrNumber(qint64 prNumber);
     const ChangedFile &file() const { return m_file; }
     void setFile(const ChangedFile &file);
+    const QString &filename() const { return m_file.filename; }
+    /// Points the model at the file called `filename`; nothing changes when it already is.
+    void setFilename(const QString &filename);
 
     const ParsedDiff &lines() const { return m_lines; }
     bool isLoading() const { return m_isLoading; }

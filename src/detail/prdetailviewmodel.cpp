@@ -220,6 +220,7 @@ void PRDetailViewModel::setComments(const QList<IssueComment> &comments)
     if (m_comments == comments)
         return;
     m_comments = comments;
+    m_commentsModel->setItems(comments);
     emit commentsChanged();
 }
 
@@ -228,6 +229,7 @@ void PRDetailViewModel::setReviews(const PagedList<PullReview> &reviews)
     if (m_reviews == reviews.items && m_reviewsCut == reviews.cut)
         return;
     m_reviews = reviews.items;
+    m_reviewsModel->setItems(reviews.items);
     m_reviewsCut = reviews.cut;
     emit reviewsChanged();
 }
@@ -237,6 +239,7 @@ void PRDetailViewModel::setFiles(const PagedList<ChangedFile> &files)
     if (m_files == files.items && m_filesCut == files.cut)
         return;
     m_files = files.items;
+    m_filesModel->setItems(files.items);
     m_filesCut = files.cut;
     emit filesChanged();
 }
@@ -255,6 +258,7 @@ void PRDetailViewModel::setRuns(const QList<ActionRun> &runs)
     if (m_runs == runs)
         return;
     m_runs = runs;
+    m_runsModel->setItems(runs);
     emit runsChanged();
     updateMergeGate();
 }
@@ -265,6 +269,7 @@ void PRDetailViewModel::setJobs(qint64 runID, const PagedList<ActionJob> &jobs)
     if (existing != m_jobs.constEnd() && *existing == jobs.items && jobsCut(runID) == jobs.cut)
         return;
     m_jobs.insert(runID, jobs.items);
+    m_runsModel->jobsOf(runID)->setItems(jobs.items);
     if (jobs.cut)
         m_jobsCuts.insert(runID, *jobs.cut);
     else
@@ -350,37 +355,9 @@ QVariant PRDetailViewModel::qmlPr() const
     return m_pr ? toQmlValue(*m_pr) : QVariant();
 }
 
-QVariant PRDetailViewModel::qmlComments() const
-{
-    return toQmlValue(m_comments);
-}
-
-QVariant PRDetailViewModel::qmlReviews() const
-{
-    return toQmlValue(m_reviews);
-}
-
-QVariant PRDetailViewModel::qmlFiles() const
-{
-    return toQmlValue(m_files);
-}
-
 QVariant PRDetailViewModel::qmlCommits() const
 {
     return toQmlValue(m_commits);
-}
-
-QVariant PRDetailViewModel::qmlRuns() const
-{
-    return toQmlValue(m_runs);
-}
-
-QVariantMap PRDetailViewModel::qmlJobs() const
-{
-    QVariantMap jobs;
-    for (auto it = m_jobs.constBegin(); it != m_jobs.constEnd(); ++it)
-        jobs.insert(QString::number(it.key()), toQmlValue(it.value()));
-    return jobs;
 }
 
 } // namespace kestrine

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "detaillistmodels.h"
 #include "giteaclient.h"
 #include "mergegate.h"
 #include "qmlservices.h"
@@ -29,8 +30,11 @@ namespace kestrine {
 /// load starts: a load's requests carry a scope object that the model owns, and deleting that
 /// scope aborts them.
 ///
-/// Each published field has a typed accessor for C++ and a Q_PROPERTY in QML form (records as
-/// JavaScript objects with their JSON keys; optional texts as "" when absent). Main thread only.
+/// Each published field has a typed accessor for C++ and a Q_PROPERTY for QML. The lists the
+/// screen shows (comments, reviews, changed files, runs and each run's jobs) reach QML as list
+/// models with named roles, which keep their rows across reloads; the pull request, the
+/// repository and the commits as JavaScript objects with their JSON keys, optional texts as ""
+/// when absent. Main thread only.
 class PRDetailViewModel : public QObject, public SettingsUser
 {
     Q_OBJECT
@@ -41,15 +45,14 @@ class PRDetailViewModel : public QObject, public SettingsUser
     Q_PROPERTY(qint64 prNumber READ prNumber WRITE setPrNumber NOTIFY prNumberChanged)
     Q_PROPERTY(QVariant pr READ qmlPr NOTIFY prChanged)
     Q_PROPERTY(bool hasPr READ hasPr NOTIFY prChanged)
-    Q_PROPERTY(QVariant comments READ qmlComments NOTIFY commentsChanged)
-    Q_PROPERTY(QVariant reviews READ qmlReviews NOTIFY reviewsChanged)
-    Q_PROPERTY(QVariant files READ qmlFiles NOTIFY filesChanged)
+    Q_PROPERTY(kestrine::RecordListModel *commentsModel READ commentsModel CONSTANT)
+    Q_PROPERTY(kestrine::RecordListModel *reviewsModel READ reviewsModel CONSTANT)
+    Q_PROPERTY(kestrine::RecordListModel *filesModel READ filesModel CONSTANT)
     /// "Showing the first N of M." when the page bound cut the files short, else "".
     Q_PROPERTY(QString filesCutNotice READ filesCutNotice NOTIFY filesChanged)
     Q_PROPERTY(QVariant commits READ qmlCommits NOTIFY commitsChanged)
-    Q_PROPERTY(QVariant runs READ qmlRuns NOTIFY runsChanged)
-    /// Run id in decimal -> that run's jobs.
-    Q_PROPERTY(QVariantMap jobs READ qmlJobs NOTIFY jobsChanged)
+    /// Each run's row has its jobs as a model of their own, in its "jobs" role.
+    Q_PROPERTY(kestrine::RecordListModel *runsModel READ runsModel CONSTANT)
     Q_PROPERTY(bool isLoading READ isLoading NOTIFY isLoadingChanged)
     Q_PROPERTY(bool isActionsLoading READ isActionsLoading NOTIFY isActionsLoadingChanged)
     Q_PROPERTY(QString errorMessage READ qmlErrorMessage NOTIFY errorMessageChanged)
@@ -84,6 +87,10 @@ public:
     const QList<PRCommit> &commits() const { return m_commits; }
     const QList<ActionRun> &runs() const { return m_runs; }
     const JobsByRun &jobs() const { return m_jobs; }
+    CommentsModel *commentsModel() const { return m_commentsModel; }
+    ReviewsModel *reviewsModel() const { return m_reviewsModel; }
+    ChangedFilesModel *filesModel() const { return m_filesModel; }
+    RunsModel *runsModel() const { return m_runsModel; }
     // How much of a list arrived when the page bound stopped its fetch early; nothing when the
     // whole list is there.
     const std::optional<ListCut> &reviewsCut() const { return m_reviewsCut; }
@@ -142,12 +149,7 @@ public:
     /// is ignored.
     void setQmlRepo(const QVariant &repo);
     QVariant qmlPr() const;
-    QVariant qmlComments() const;
-    QVariant qmlReviews() const;
-    QVariant qmlFiles() const;
     QVariant qmlCommits() const;
-    QVariant qmlRuns() const;
-    QVariantMap qmlJobs() const;
     QString qmlErrorMessage() const { return m_errorMessage.value_or(QString()); }
     QString qmlBusyMessage() const { return m_busyMessage.value_or(QString()); }
 
@@ -204,6 +206,11 @@ private:
     QList<PRCommit> m_commits;
     QList<ActionRun> m_runs;
     JobsByRun m_jobs;
+    // The same lists for QML, set together with those above; children of this model.
+    CommentsModel *m_commentsModel = new CommentsModel(this);
+    ReviewsModel *m_reviewsModel = new ReviewsModel(this);
+    ChangedFilesModel *m_filesModel = new ChangedFilesModel(this);
+    RunsModel *m_runsModel = new RunsModel(this);
     std::optional<ListCut> m_reviewsCut;
     std::optional<ListCut> m_filesCut;
     std::optional<ListCut> m_commitsCut;

@@ -1,5 +1,7 @@
 #include "summaries.h"
 
+#include <algorithm>
+
 namespace kestrine {
 namespace {
 
@@ -19,6 +21,16 @@ bool isExecuting(const QString &status)
 bool isUnfinished(const QString &status)
 {
     return isExecuting(status) || status == u"queued" || status == u"waiting";
+}
+
+/// Whether `text` holds an explicit directional formatting character: an embedding, override or
+/// isolate, or the end of one (U+202A to U+202E, U+2066 to U+2069).
+bool hasDirectionalFormatting(const QString &text)
+{
+    return std::any_of(text.cbegin(), text.cend(), [](QChar c) {
+        const char16_t u = c.unicode();
+        return (u >= 0x202A && u <= 0x202E) || (u >= 0x2066 && u <= 0x2069);
+    });
 }
 
 std::optional<CIStatus::Value> fromConclusion(const QString &conclusion)
@@ -116,6 +128,59 @@ ReviewState::Value ReviewState::from(const QList<PullReview> &reviews)
             return ChangesRequested;
     }
     return NeedsReview;
+}
+
+ReviewVerdict ReviewVerdict::of(const PullReview &review)
+{
+    switch (ReviewState::from({review})) {
+    case ReviewState::Approved:
+        return {ReviewState::Approved, QStringLiteral("✅"), QStringLiteral("approved")};
+    case ReviewState::ChangesRequested:
+        return {ReviewState::ChangesRequested, QStringLiteral("🔴"),
+                QStringLiteral("requested changes")};
+    default:
+        return {ReviewState::NeedsReview, QStringLiteral("💬"), QStringLiteral("reviewed")};
+    }
+}
+
+QString ReviewVerdict::line(const QString &author) const
+{
+    return emoji + u' ' + author + u' ' + verb;
+}
+
+QString authorName(const std::optional<PRUser> &user)
+{
+    return user ? user->login : QStringLiteral("unknown");
+}
+
+QString runDisplayName(const ActionRun &run)
+{
+    return run.name.value_or(QStringLiteral("workflow"));
+}
+
+QString isolateDirection(const QString &text)
+{
+    if (!hasDirectionalFormatting(text))
+        return text;
+    constexpr char16_t firstStrongIsolate = 0x2068;
+    constexpr char16_t popDirectionalIsolate = 0x2069;
+    // An isolate ends at the first end-of-isolate that is not the text's own: the text may not
+    // end ours early, so its unmatched ends go, and the isolates it leaves open are ended before
+    // ours.
+    QString isolated(1, QChar(firstStrongIsolate));
+    int open = 0;
+    for (const QChar c : text) {
+        if (c.unicode() >= 0x2066 && c.unicode() <= firstStrongIsolate) {
+            ++open;
+        } else if (c.unicode() == popDirectionalIsolate) {
+            if (open == 0)
+                continue;
+            --open;
+        }
+        isolated += c;
+    }
+    isolated += QString(open + 1, QChar(popDirectionalIsolate));
+    return isolated;
 }
 
 } // namespace kestrine

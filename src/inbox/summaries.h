@@ -1,8 +1,8 @@
 #pragma once
 
 // One word for many records: the CI state of a pull request's head commit and the verdict of its
-// reviews. Every screen and the background check use these rules, so a pull request reads the
-// same everywhere.
+// reviews, and the words a single review, run or author is shown with. Every screen, kestrine-cli
+// and the background check use these rules, so a pull request reads the same everywhere.
 
 #include "records.h"
 
@@ -66,5 +66,33 @@ public:
     /// reviews at all are unknown.
     static Value from(const QList<PullReview> &reviews);
 };
+
+/// How one review reads in a conversation: "✅ alice approved", "🔴 alice requested changes",
+/// "💬 alice reviewed" for anything else.
+struct ReviewVerdict
+{
+    ReviewState::Value state = ReviewState::NeedsReview;
+    QString emoji;
+    QString verb;
+
+    static ReviewVerdict of(const PullReview &review);
+    /// The emoji, the author and the verb, one space apart. `author` is put in as given: a screen
+    /// sets a stranger's text apart first (see isolateDirection).
+    QString line(const QString &author) const;
+};
+
+/// The login a comment or review is shown under; "unknown" when the server names nobody.
+QString authorName(const std::optional<PRUser> &user);
+
+/// The name a run is shown under; "workflow" when it has none.
+QString runDisplayName(const ActionRun &run);
+
+/// Keeps a server's text from turning the words around it. A line such as "🔴 <login> requested
+/// changes" puts a stranger's text between the app's own words; a right-to-left override left open
+/// in it (U+202E) would draw the rest of the line backwards. Such a text is set apart as a
+/// directional isolate: `text` between U+2068 FIRST STRONG ISOLATE and U+2069 POP DIRECTIONAL
+/// ISOLATE when it holds directional formatting, with the ends of isolates it never opened left out
+/// and those it leaves open ended; `text` itself otherwise.
+QString isolateDirection(const QString &text);
 
 } // namespace kestrine

@@ -8,20 +8,13 @@ import Kestrine
 TabScroll {
     id: root
 
-    readonly property var runs: vm.runs || []
-    readonly property var jobs: vm.jobs
-
-    signal rerun(var run)
-    signal openLogs(var run, var job)
-
-    function runName(run) {
-        return run.name !== undefined ? run.name : "workflow";
-    }
+    signal rerun(double runID, string runName)
+    signal openLogs(double runID, double jobID, string jobName)
 
     Label {
         objectName: "noRuns"
         textFormat: Text.PlainText
-        visible: root.runs.length === 0
+        visible: root.vm.runsModel.count === 0
         width: parent.width
         text: "No workflow runs for this head commit."
         wrapMode: Text.Wrap
@@ -30,13 +23,16 @@ TabScroll {
     }
 
     Repeater {
-        model: root.runs
+        model: root.vm.runsModel
         delegate: Rectangle {
             id: card
-            required property var modelData
-            readonly property var runJobs: root.jobs[String(modelData.id)] || []
+            required property double runID
+            required property string name
+            required property int ciStatus
+            required property date createdAt
+            required property QtObject jobs
 
-            objectName: "runCard_" + modelData.id
+            objectName: "runCard_" + runID
             width: parent.width
             implicitHeight: cardColumn.implicitHeight + 20
             radius: 8
@@ -54,62 +50,65 @@ TabScroll {
                     spacing: 8
                     CICircle {
                         objectName: "runStatus"
-                        status: SummaryRules.runStatus(card.modelData)
+                        status: card.ciStatus
                     }
                     Label {
                         objectName: "runName"
                         textFormat: Text.PlainText
                         Layout.fillWidth: true
-                        text: root.runName(card.modelData)
+                        text: card.name
                         elide: Text.ElideRight
                         color: Theme.primaryText
                         font.pixelSize: Theme.subheadline
                         font.weight: Font.DemiBold
                     }
                     Label {
+                        objectName: "runTime"
                         textFormat: Text.PlainText
-                        text: card.modelData.created_at !== undefined
-                              ? RelativeTime.abbreviated(card.modelData.created_at, RelativeTime.now)
-                              : ""
+                        text: RelativeTime.abbreviated(card.createdAt, RelativeTime.now)
                         color: Theme.secondaryText
                         font.pixelSize: Theme.caption2
                     }
                 }
 
                 Repeater {
-                    model: card.runJobs
+                    model: card.jobs
                     delegate: RowLayout {
                         id: jobRow
-                        required property var modelData
+                        required property double jobID
+                        required property string name
+                        required property int ciStatus
+                        required property bool failed
+                        required property bool hasRun
 
-                        objectName: "jobRow_" + modelData.id
+                        objectName: "jobRow_" + jobID
                         Layout.fillWidth: true
                         spacing: 8
 
                         CICircle {
                             objectName: "jobStatus"
-                            status: SummaryRules.jobStatus(jobRow.modelData)
+                            status: jobRow.ciStatus
                         }
                         Label {
                             objectName: "jobName"
                             textFormat: Text.PlainText
                             Layout.fillWidth: true
-                            text: jobRow.modelData.name
+                            text: jobRow.name
                             elide: Text.ElideRight
                             color: Theme.primaryText
                             font.pixelSize: Theme.caption
                         }
                         SmallButton {
                             objectName: "rerunButton"
-                            visible: SummaryRules.jobFailed(jobRow.modelData)
+                            visible: jobRow.failed
                             text: "Re-run"
-                            onClicked: root.rerun(card.modelData)
+                            onClicked: root.rerun(card.runID, card.name)
                         }
                         SmallButton {
                             objectName: "logsButton"
-                            visible: SummaryRules.jobHasRun(jobRow.modelData)
+                            visible: jobRow.hasRun
                             text: "Logs"
-                            onClicked: root.openLogs(card.modelData, jobRow.modelData)
+                            onClicked: root.openLogs(card.runID, jobRow.jobID, jobRow.name)
                         }
                     }
                 }

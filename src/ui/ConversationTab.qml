@@ -7,17 +7,10 @@ import Kestrine
 TabScroll {
     id: root
 
-    readonly property var reviews: vm.reviews || []
-    readonly property var comments: vm.comments || []
-
-    function authorOf(record) {
-        return record.user && record.user.login !== undefined ? record.user.login : "unknown";
-    }
-
     Label {
         objectName: "reviewsHeading"
         textFormat: Text.PlainText
-        visible: root.reviews.length > 0
+        visible: root.vm.reviewsModel.count > 0
         text: "Reviews"
         color: Theme.primaryText
         font.pixelSize: Theme.headline
@@ -25,11 +18,11 @@ TabScroll {
     }
 
     Repeater {
-        model: root.reviews
+        model: root.vm.reviewsModel
         delegate: ColumnLayout {
             id: review
-            required property var modelData
-            readonly property int verdict: SummaryRules.reviewState(modelData)
+            required property string line
+            required property string body
 
             objectName: "reviewRow"
             width: parent.width
@@ -39,12 +32,7 @@ TabScroll {
                 objectName: "reviewLine"
                 textFormat: Text.PlainText
                 Layout.fillWidth: true
-                text: (review.verdict === ReviewState.Approved ? "✅"
-                       : review.verdict === ReviewState.ChangesRequested ? "🔴" : "💬")
-                      + " " + Bidi.isolate(root.authorOf(review.modelData)) + " "
-                      + (review.verdict === ReviewState.Approved ? "approved"
-                         : review.verdict === ReviewState.ChangesRequested ? "requested changes"
-                                                                           : "reviewed")
+                text: review.line
                 wrapMode: Text.Wrap
                 color: Theme.primaryText
                 font.pixelSize: Theme.subheadline
@@ -55,7 +43,7 @@ TabScroll {
                 textFormat: Text.PlainText
                 Layout.fillWidth: true
                 visible: text !== ""
-                text: review.modelData.body !== undefined ? review.modelData.body : ""
+                text: review.body
                 wrapMode: Text.Wrap
                 color: Theme.primaryText
                 font.pixelSize: Theme.callout
@@ -64,7 +52,7 @@ TabScroll {
     }
 
     Item {
-        visible: root.reviews.length > 0
+        visible: root.vm.reviewsModel.count > 0
         width: 1
         height: 4
     }
@@ -80,17 +68,19 @@ TabScroll {
     Label {
         objectName: "noComments"
         textFormat: Text.PlainText
-        visible: root.comments.length === 0
+        visible: root.vm.commentsModel.count === 0
         text: "No comments yet."
         color: Theme.secondaryText
         font.pixelSize: Theme.callout
     }
 
     Repeater {
-        model: root.comments
+        model: root.vm.commentsModel
         delegate: Rectangle {
             id: comment
-            required property var modelData
+            required property string author
+            required property string body
+            required property date createdAt
 
             objectName: "commentCard"
             width: parent.width
@@ -110,15 +100,15 @@ TabScroll {
                     Label {
                         objectName: "commentAuthor"
                         textFormat: Text.PlainText
-                        text: root.authorOf(comment.modelData)
+                        text: comment.author
                         color: Theme.primaryText
                         font.pixelSize: Theme.subheadline
                         font.weight: Font.DemiBold
                     }
                     Label {
+                        objectName: "commentTime"
                         textFormat: Text.PlainText
-                        text: comment.modelData.created_at !== undefined
-                              ? RelativeTime.full(comment.modelData.created_at, RelativeTime.now) : ""
+                        text: RelativeTime.full(comment.createdAt, RelativeTime.now)
                         color: Theme.secondaryText
                         font.pixelSize: Theme.caption2
                     }
@@ -127,7 +117,7 @@ TabScroll {
                     objectName: "commentBody"
                     textFormat: Text.PlainText
                     Layout.fillWidth: true
-                    text: comment.modelData.body !== undefined ? comment.modelData.body : ""
+                    text: comment.body
                     wrapMode: Text.Wrap
                     color: Theme.primaryText
                     font.pixelSize: Theme.callout

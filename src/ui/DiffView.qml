@@ -11,7 +11,7 @@ Page {
 
     required property var repo
     required property var prNumber
-    required property var file
+    required property string filename
     readonly property DiffModel diff: diff
 
     Component.onCompleted: diff.reload()
@@ -21,7 +21,7 @@ Page {
     }
 
     header: NavBar {
-        title: root.file ? root.file.filename : ""
+        title: root.filename
         showBack: true
         onBack: root.StackView.view.pop()
     }
@@ -30,7 +30,7 @@ Page {
         id: diff
         repo: root.repo
         prNumber: root.prNumber
-        file: root.file
+        filename: root.filename
     }
 
     ProgressState {

@@ -10,10 +10,9 @@ Item {
 
     required property PRDetailViewModel vm
     property real bottomInset: 0
-    readonly property var files: vm.files || []
     readonly property alias flickable: list
 
-    signal openFile(var file)
+    signal openFile(string filename)
 
     ListView {
         id: list
@@ -22,10 +21,10 @@ Item {
         anchors.bottom: parent.bottom
         anchors.horizontalCenter: parent.horizontalCenter
         width: Math.min(parent.width, Theme.maxContentWidth)
-        model: root.files
+        model: root.vm.filesModel
         topMargin: 6
         // The empty list stays, so that it can still be pulled down to reload.
-        header: root.files.length === 0 ? emptyNote : null
+        header: root.vm.filesModel.count === 0 ? emptyNote : null
         // A pull request with more files than the client fetches pages of says so below the last.
         footer: root.vm.filesCutNotice !== "" ? cutNote : null
         bottomMargin: root.bottomInset
@@ -35,22 +34,25 @@ Item {
 
         delegate: ItemDelegate {
             id: fileRow
-            required property var modelData
+            required property string filename
+            required property string mark
+            required property double additions
+            required property double deletions
 
-            objectName: "fileRow_" + modelData.filename
+            objectName: "fileRow_" + filename
             width: ListView.view.width
             topPadding: 6 + 6
             bottomPadding: 6 + 6
             leftPadding: Theme.margin + 4 - 4
             rightPadding: Theme.margin
-            onClicked: root.openFile(modelData)
+            onClicked: root.openFile(filename)
 
             contentItem: RowLayout {
                 spacing: 8
                 Label {
                     objectName: "statusMark"
                     textFormat: Text.PlainText
-                    text: SummaryRules.fileMark(fileRow.modelData.status)
+                    text: fileRow.mark
                     color: Theme.secondaryText
                     font.pixelSize: Theme.body
                 }
@@ -58,7 +60,7 @@ Item {
                     objectName: "fileName"
                     textFormat: Text.PlainText
                     Layout.fillWidth: true
-                    text: fileRow.modelData.filename
+                    text: fileRow.filename
                     elide: Text.ElideMiddle
                     maximumLineCount: 1
                     color: Theme.primaryText
@@ -67,7 +69,7 @@ Item {
                 Label {
                     objectName: "additions"
                     textFormat: Text.PlainText
-                    text: "+" + fileRow.modelData.additions
+                    text: "+" + fileRow.additions
                     color: Theme.green
                     font.pixelSize: Theme.caption2
                     font.family: Theme.monospace
@@ -75,7 +77,7 @@ Item {
                 Label {
                     objectName: "deletions"
                     textFormat: Text.PlainText
-                    text: "−" + fileRow.modelData.deletions
+                    text: "−" + fileRow.deletions
                     color: Theme.red
                     font.pixelSize: Theme.caption2
                     font.family: Theme.monospace

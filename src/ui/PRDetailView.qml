@@ -19,8 +19,10 @@ Page {
     readonly property int currentTab: selectedTab < 0 ? 0 : selectedTab
     // The comment sheet opens to request changes instead of commenting.
     property bool requestChangesMode: false
-    // The run whose re-run awaits confirmation; null when no confirmation is shown.
+    // The id of the run whose re-run awaits confirmation; null when no confirmation is shown.
     property var showRerunConfirm: null
+    // That run's name, as its card shows it.
+    property string rerunName: ""
     property bool showMergeSuccess: false
     // The header shows the whole title, not only its first lines.
     property bool titleExpanded: false
@@ -59,8 +61,9 @@ Page {
         vm.startSubmitReview("approved", null);
     }
 
-    function askToRerun(run) {
-        showRerunConfirm = run;
+    function askToRerun(runID, runName) {
+        showRerunConfirm = runID;
+        rerunName = runName;
         rerunConfirm.open();
     }
 
@@ -77,20 +80,20 @@ Page {
             stack.pop();
     }
 
-    function openFile(file) {
+    function openFile(filename) {
         root.StackView.view.push(diffScreen, {
             "repo": root.repo,
             "prNumber": root.prNumber,
-            "file": file
+            "filename": filename
         });
     }
 
-    function openLogs(run, job) {
+    function openLogs(runID, jobID, jobName) {
         root.StackView.view.push(jobLogScreen, {
             "repo": root.repo,
-            "runID": run.id,
-            "jobID": job.id,
-            "jobName": job.name
+            "runID": runID,
+            "jobID": jobID,
+            "jobName": jobName
         });
     }
 
@@ -327,14 +330,14 @@ Page {
                 objectName: "filesTab"
                 vm: root.vm
                 bottomInset: tabBar.height + 24
-                onOpenFile: file => root.openFile(file)
+                onOpenFile: filename => root.openFile(filename)
             }
             ChecksTab {
                 objectName: "checksTab"
                 vm: root.vm
                 bottomInset: tabBar.height + 24
-                onRerun: run => root.askToRerun(run)
-                onOpenLogs: (run, job) => root.openLogs(run, job)
+                onRerun: (runID, runName) => root.askToRerun(runID, runName)
+                onOpenLogs: (runID, jobID, jobName) => root.openLogs(runID, jobID, jobName)
             }
         }
 
@@ -382,14 +385,12 @@ Page {
         id: rerunConfirm
         objectName: "rerunConfirm"
         title: "Re-run workflow?"
-        message: root.showRerunConfirm
-                 ? "Re-run \"" + Bidi.isolate(root.showRerunConfirm.name !== undefined
-                                               ? root.showRerunConfirm.name : "workflow") + "\"?"
-                 : ""
+        message: root.showRerunConfirm !== null
+                 ? "Re-run \"" + Bidi.isolate(root.rerunName) + "\"?" : ""
         acceptText: "Re-run"
         rejectText: "Cancel"
         onAccepted: {
-            root.vm.startRerun(root.showRerunConfirm.id);
+            root.vm.startRerun(root.showRerunConfirm);
             root.showRerunConfirm = null;
         }
         onRejected: root.showRerunConfirm = null

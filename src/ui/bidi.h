@@ -6,10 +6,8 @@
 
 namespace kestrine::ui {
 
-/// Keeps a server's text from turning the words around it. A line such as "🔴 <login> requested
-/// changes" puts a stranger's text between the app's own words; a right-to-left override left open
-/// in it (U+202E) would draw the rest of the line backwards. Such a text is set apart as a
-/// directional isolate, which ends whatever the text opened; any other text stays as it is.
+/// Keeps a server's text from turning the words around it, for QML: isolateDirection (summaries.h)
+/// as a singleton.
 class Bidi : public QObject
 {
     Q_OBJECT
@@ -19,9 +17,7 @@ class Bidi : public QObject
 public:
     explicit Bidi(QObject *parent = nullptr);
 
-    /// `text` between U+2068 FIRST STRONG ISOLATE and U+2069 POP DIRECTIONAL ISOLATE when it holds
-    /// directional formatting, with the ends of isolates it never opened left out and those it
-    /// leaves open ended; `text` itself otherwise.
+    /// `text` set apart as a directional isolate when it holds directional formatting.
     Q_INVOKABLE static QString isolate(const QString &text);
 };
 

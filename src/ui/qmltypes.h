@@ -77,6 +77,14 @@ struct PRDetailViewModelForeign
     QML_NAMED_ELEMENT(PRDetailViewModel)
 };
 
+/// The detail screen's lists (comments, reviews, changed files, runs, jobs), read through roles.
+struct RecordListModelForeign
+{
+    Q_GADGET
+    QML_FOREIGN(kestrine::RecordListModel)
+    QML_ANONYMOUS
+};
+
 struct DiffModelForeign
 {
     Q_GADGET

@@ -3,6 +3,7 @@
 #include "dates.h"
 
 #include <array>
+#include <optional>
 
 namespace kestrine::ui {
 namespace {
@@ -26,6 +27,18 @@ constexpr std::array<Unit, 7> units{{
     {60, "min.", "min.", "minute", "minutes"},
     {1, "sec.", "sec.", "second", "seconds"},
 }};
+
+/// A date handed over from QML: a date as it is (when valid), or a record's date text.
+std::optional<QDateTime> dateOf(const QVariant &date)
+{
+    if (date.metaType() == QMetaType::fromType<QDateTime>()) {
+        const QDateTime value = date.toDateTime();
+        return value.isValid() ? std::optional(value) : std::nullopt;
+    }
+    if (date.metaType() == QMetaType::fromType<QString>())
+        return InternetDate::parseEither(date.toString());
+    return std::nullopt;
+}
 
 } // namespace
 
@@ -66,16 +79,16 @@ QString RelativeTime::format(const QDateTime &date, const QDateTime &now, Style 
     return QStringLiteral("in ") + amount;
 }
 
-QString RelativeTime::abbreviated(const QString &date, const QDateTime &now) const
+QString RelativeTime::abbreviated(const QVariant &date, const QDateTime &now) const
 {
-    const auto parsed = InternetDate::parseEither(date);
-    return parsed ? format(*parsed, now, Style::Abbreviated) : QString();
+    const auto read = dateOf(date);
+    return read ? format(*read, now, Style::Abbreviated) : QString();
 }
 
-QString RelativeTime::full(const QString &date, const QDateTime &now) const
+QString RelativeTime::full(const QVariant &date, const QDateTime &now) const
 {
-    const auto parsed = InternetDate::parseEither(date);
-    return parsed ? format(*parsed, now, Style::Full) : QString();
+    const auto read = dateOf(date);
+    return read ? format(*read, now, Style::Full) : QString();
 }
 
 } // namespace kestrine::ui

@@ -35,9 +35,10 @@ public:
 
     static QString format(const QDateTime &date, const QDateTime &now, Style style);
 
-    /// `date` is a record's date text ("2024-05-01T10:20:30Z"); "" when it is empty or unreadable.
-    Q_INVOKABLE QString abbreviated(const QString &date, const QDateTime &now) const;
-    Q_INVOKABLE QString full(const QString &date, const QDateTime &now) const;
+    /// `date` is a date, or a record's date text ("2024-05-01T10:20:30Z"); "" when it is invalid,
+    /// empty or unreadable.
+    Q_INVOKABLE QString abbreviated(const QVariant &date, const QDateTime &now) const;
+    Q_INVOKABLE QString full(const QVariant &date, const QDateTime &now) const;
 
 signals:
     void nowChanged();

@@ -469,21 +469,141 @@ private slots:
         QVERIFY(!model->isLoading());
     }
 
-    void qmlPropertiesUseTheJsonKeys()
+    void qmlPropertiesGiveThePullRequestAsJsonAndTheListsAsModels()
     {
         const auto model = newModel();
         QVERIFY(runToEnd(model->load()).value);
         QCOMPARE(model->property("pr").toMap().value(QStringLiteral("title")).toString(),
                  QStringLiteral("Fix the parser"));
         QCOMPARE(model->property("hasPr").toBool(), true);
-        const QVariantMap jobs = model->property("jobs").toMap();
-        QCOMPARE(jobs.keys(), QStringList{QStringLiteral("11")});
-        QCOMPARE(
-            jobs.value(QStringLiteral("11")).toList().first().toMap().value(QStringLiteral("name")),
-            QVariant(QStringLiteral("build")));
-        QCOMPARE(model->property("reviews").toList().size(), 1);
+        const auto *runs = model->property("runsModel").value<RecordListModel *>();
+        QVERIFY(runs);
+        QCOMPARE(runs->count(), 1);
+        QCOMPARE(runs->valueAt(0, "runID"), QVariant(qint64(11)));
+        const auto *jobs =
+            qobject_cast<const RecordListModel *>(runs->valueAt(0, "jobs").value<QObject *>());
+        QVERIFY(jobs);
+        QCOMPARE(jobs->count(), 1);
+        QCOMPARE(jobs->valueAt(0, "name"), QVariant(QStringLiteral("build")));
+        QCOMPARE(model->property("reviewsModel").value<RecordListModel *>()->count(), 1);
+        QCOMPARE(model->property("commentsModel").value<RecordListModel *>()->count(), 1);
+        QCOMPARE(model->property("filesModel").value<RecordListModel *>()->valueAt(0, "filename"),
+                 QVariant(QStringLiteral("a.c")));
         QCOMPARE(model->property("errorMessage").toString(), QString());
         QCOMPARE(model->property("ciStatus").value<CIStatus::Value>(), CIStatus::Success);
+    }
+
+    void listModelsHoldWhatTheTypedListsHold()
+    {
+        server->route("GET", apiRoot + QStringLiteral("/actions/runs"),
+                      FakeResponse::json(runsJson({run(11, QStringLiteral("success")),
+                                                   run(12, QStringLiteral("failure"))})));
+        const auto model = newModel();
+        QVERIFY(runToEnd(model->load()).value);
+        QCOMPARE(model->commentsModel()->items(), model->comments());
+        QCOMPARE(model->reviewsModel()->items(), model->reviews());
+        QCOMPARE(model->filesModel()->items(), model->files());
+        QCOMPARE(model->runsModel()->items(), model->runs());
+        QCOMPARE(model->jobs().keys(), (QList<qint64>{11, 12}));
+        for (const qint64 runID : model->jobs().keys())
+            QCOMPARE(model->runsModel()->jobsOf(runID)->items(), model->jobs().value(runID));
+    }
+
+    void reloadOfTheSamePullRequestKeepsEveryRow()
+    {
+        const auto model = newModel();
+        QVERIFY(runToEnd(model->load()).value);
+        const QList<QAbstractItemModel *> lists{model->commentsModel(), model->reviewsModel(),
+                                                model->filesModel(), model->runsModel(),
+                                                model->runsModel()->jobsOf(11)};
+        std::vector<std::unique_ptr<QSignalSpy>> spies;
+        for (QAbstractItemModel *list : lists) {
+            QCOMPARE(list->rowCount(), 1);
+            for (const auto signal :
+                 {&QAbstractItemModel::rowsRemoved, &QAbstractItemModel::rowsInserted})
+                spies.push_back(std::make_unique<QSignalSpy>(list, signal));
+            spies.push_back(std::make_unique<QSignalSpy>(list, &QAbstractItemModel::rowsMoved));
+            spies.push_back(std::make_unique<QSignalSpy>(list, &QAbstractItemModel::modelReset));
+            spies.push_back(std::make_unique<QSignalSpy>(list, &QAbstractItemModel::dataChanged));
+        }
+        QVERIFY(runToEnd(model->load()).value);
+        QCOMPARE(server->requests().size(), 14);
+        for (const auto &spy : spies)
+            QCOMPARE(spy->count(), 0);
+    }
+
+    void aCommentEditedOnTheServerChangesOnlyItsRow()
+    {
+        const auto serveComments = [this](const QString &second) {
+            server->route("GET", apiRoot + QStringLiteral("/issues/7/comments"),
+                          FakeResponse::json(compact(
+                              QJsonArray{comment(1, QStringLiteral("First")), comment(2, second),
+                                         comment(3, QStringLiteral("Third"))})));
+        };
+        serveComments(QStringLiteral("Second"));
+        const auto model = newModel();
+        QVERIFY(runToEnd(model->load()).value);
+        CommentsModel *comments = model->commentsModel();
+        QSignalSpy removed(comments, &QAbstractItemModel::rowsRemoved);
+        QSignalSpy inserted(comments, &QAbstractItemModel::rowsInserted);
+        QSignalSpy reset(comments, &QAbstractItemModel::modelReset);
+        QSignalSpy changed(comments, &QAbstractItemModel::dataChanged);
+
+        serveComments(QStringLiteral("Second, edited"));
+        QVERIFY(runToEnd(model->load()).value);
+        QCOMPARE(removed.count() + inserted.count() + reset.count(), 0);
+        QCOMPARE(changed.count(), 1);
+        QCOMPARE(changed.first().at(0).toModelIndex().row(), 1);
+        QCOMPARE(changed.first().at(1).toModelIndex().row(), 1);
+        QCOMPARE(comments->valueAt(1, "body"), QVariant(QStringLiteral("Second, edited")));
+
+        // A new comment is one inserted row at the end.
+        server->route(
+            "GET", apiRoot + QStringLiteral("/issues/7/comments"),
+            FakeResponse::json(compact(QJsonArray{
+                comment(1, QStringLiteral("First")), comment(2, QStringLiteral("Second, edited")),
+                comment(3, QStringLiteral("Third")), comment(4, QStringLiteral("New"))})));
+        QVERIFY(runToEnd(model->load()).value);
+        QCOMPARE(inserted.count(), 1);
+        QCOMPARE(inserted.first().at(1).toInt(), 3);
+        QCOMPARE(inserted.first().at(2).toInt(), 3);
+        QCOMPARE(removed.count() + reset.count(), 0);
+        QCOMPARE(changed.count(), 1);
+    }
+
+    void aRunsJobModelStaysAndChangesInPlaceOnReload()
+    {
+        const auto model = newModel();
+        QVERIFY(runToEnd(model->load()).value);
+        RunsModel *runs = model->runsModel();
+        auto *jobs = runs->valueAt(0, "jobs").value<QObject *>();
+        QVERIFY(jobs);
+        QSignalSpy runRows(runs, &QAbstractItemModel::rowsRemoved);
+        QSignalSpy runReset(runs, &QAbstractItemModel::modelReset);
+        QSignalSpy runChanged(runs, &QAbstractItemModel::dataChanged);
+        QSignalSpy jobRowsRemoved(jobs, SIGNAL(rowsRemoved(QModelIndex, int, int)));
+        QSignalSpy jobRowsInserted(jobs, SIGNAL(rowsInserted(QModelIndex, int, int)));
+        QSignalSpy jobReset(jobs, SIGNAL(modelReset()));
+        QSignalSpy jobChanged(jobs, SIGNAL(dataChanged(QModelIndex, QModelIndex, QList<int>)));
+
+        // The same job, now failed.
+        server->route("GET", apiRoot + QStringLiteral("/actions/runs/{run}/jobs"),
+                      FakeResponse::json(compact(QJsonObject{
+                          {QStringLiteral("jobs"),
+                           QJsonArray{QJsonObject{
+                               {QStringLiteral("id"), 110},
+                               {QStringLiteral("name"), QStringLiteral("build")},
+                               {QStringLiteral("status"), QStringLiteral("completed")},
+                               {QStringLiteral("conclusion"), QStringLiteral("failure")}}}},
+                          {QStringLiteral("total_count"), 1}})));
+        QVERIFY(runToEnd(model->load()).value);
+        QCOMPARE(runs->valueAt(0, "jobs").value<QObject *>(), jobs);
+        QCOMPARE(runRows.count() + runReset.count() + runChanged.count(), 0);
+        QCOMPARE(jobRowsRemoved.count() + jobRowsInserted.count() + jobReset.count(), 0);
+        QCOMPARE(jobChanged.count(), 1);
+        const auto *jobModel = qobject_cast<const RecordListModel *>(jobs);
+        QCOMPARE(jobModel->valueAt(0, "failed"), QVariant(true));
+        QCOMPARE(jobModel->valueAt(0, "ciStatus"), QVariant(int(CIStatus::Failure)));
     }
 
     void repoCanBeSetInItsQmlForm()

@@ -181,7 +181,7 @@ Item {
             gitea.answer("GET", "/api/v1/repos/ann/tool/pulls/7/files", 200, "[]");
             const detail = openPullRequest(7);
             showTab(detail, 2);
-            compare(detail.vm.files.length, 0);
+            compare(detail.vm.filesModel.count, 0);
             verify(find(detail, "noFiles").visible);
             compare(find(detail, "noFiles").text, "No changed files.");
             const list = find(detail, "fileList");
@@ -458,7 +458,8 @@ Item {
             mouseClick(row);
             tryCompare(stack, "depth", 3);
             compare(stack.currentItem.objectName, "diffView");
-            compare(stack.currentItem.file.filename, "uploader/retry.go");
+            compare(stack.currentItem.filename, "uploader/retry.go");
+            compare(stack.currentItem.diff.filename, "uploader/retry.go");
             // Coming back loads the pull request again.
             const loads = gitea.requestCount("GET", "/api/v1/repos/ann/tool/pulls/7");
             stack.pop();
@@ -478,6 +479,88 @@ Item {
             for (const item of findAll(tab, "reviewLine"))
                 lines.push(item.text);
             compare(lines, ["✅ unknown approved", "🔴 bo requested changes", "💬 cy reviewed"]);
+        }
+
+        // Reloads the open pull request and waits until every list of it has come back.
+        function reloadAndWait(detail) {
+            const loads = gitea.requestCount("GET", "/api/v1/repos/ann/tool/pulls/7/reviews");
+            detail.vm.reload();
+            tryVerify(() => gitea.requestCount("GET", "/api/v1/repos/ann/tool/pulls/7/reviews") === loads + 1,
+                      5000);
+            tryVerify(() => !detail.vm.isLoading && !detail.vm.isActionsLoading, 5000);
+            waitForItemPolished(find(detail, "tabContent"));
+        }
+
+        // `after` holds the very objects of `before`, in order: none was made anew.
+        function verifySameObjects(after, before) {
+            compare(after.length, before.length);
+            for (let i = 0; i < before.length; ++i)
+                verify(after[i] === before[i], "object " + i + " was made anew");
+        }
+
+        function answerConversation(reviews, comments) {
+            gitea.answer("GET", "/api/v1/repos/ann/tool/pulls/7/reviews", 200, JSON.stringify(reviews));
+            gitea.answer("GET", "/api/v1/repos/ann/tool/issues/7/comments", 200, JSON.stringify(comments));
+        }
+
+        function test_reloadKeepsTheConversationsRowsAndChangesOnlyWhatChanged() {
+            const reviews = [
+                { id: 1, state: "APPROVED", user: { login: "ann" }, body: "Fine by me." },
+                { id: 2, state: "COMMENT", user: { login: "bo" }, body: "Hm." }
+            ];
+            const comments = [
+                { id: 11, user: { login: "ann" }, body: "First", created_at: "2024-05-01T10:00:00Z" },
+                { id: 12, user: { login: "bo" }, body: "Second", created_at: "2024-05-01T11:00:00Z" }
+            ];
+            answerConversation(reviews, comments);
+            const detail = openPullRequest(7);
+            showTab(detail, 1);
+            const tab = find(detail, "conversationTab");
+            const reviewRows = findAll(tab, "reviewRow");
+            const commentCards = findAll(tab, "commentCard");
+            compare(reviewRows.length, 2);
+            compare(commentCards.length, 2);
+
+            // The same conversation again: the very same rows.
+            reloadAndWait(detail);
+            verifySameObjects(findAll(tab, "reviewRow"), reviewRows);
+            verifySameObjects(findAll(tab, "commentCard"), commentCards);
+
+            // A review changed its mind and a comment came: the rows that were there stay, with
+            // the new words, and one card is added below them.
+            reviews[1].state = "REQUEST_CHANGES";
+            comments.push({ id: 13, user: { login: "cy" }, body: "Third", created_at: "2024-05-01T12:00:00Z" });
+            answerConversation(reviews, comments);
+            reloadAndWait(detail);
+            const rowsAfter = findAll(tab, "reviewRow");
+            const cardsAfter = findAll(tab, "commentCard");
+            verifySameObjects(rowsAfter, reviewRows);
+            compare(cardsAfter.length, 3);
+            verifySameObjects(cardsAfter.slice(0, 2), commentCards);
+            compare(find(rowsAfter[1], "reviewLine").text, "🔴 bo requested changes");
+            compare(find(cardsAfter[2], "commentBody").text, "Third");
+        }
+
+        function test_commentAndRunTimesReadRelativeToNowAndNothingWithoutADate() {
+            const twoHoursAgo = new Date(Date.now() - 2 * 3600 * 1000 - 60 * 1000).toISOString();
+            answerConversation([], [
+                { id: 11, user: { login: "ann" }, body: "Dated", created_at: twoHoursAgo },
+                { id: 12, user: { login: "bo" }, body: "Undated" }
+            ]);
+            gitea.answer("GET", "/api/v1/repos/ann/tool/actions/runs", 200,
+                         JSON.stringify({ total_count: 2, workflow_runs: [
+                             { id: 39, name: "build", status: "completed", conclusion: "success",
+                               created_at: twoHoursAgo },
+                             { id: 40, name: "lint", status: "completed", conclusion: "success" }] }));
+            const detail = openPullRequest(7);
+            showTab(detail, 1);
+            const cards = findAll(find(detail, "conversationTab"), "commentCard");
+            compare(cards.length, 2);
+            compare(find(cards[0], "commentTime").text, "2 hours ago");
+            compare(find(cards[1], "commentTime").text, "");
+            showTab(detail, 3);
+            compare(find(find(detail, "runCard_39"), "runTime").text, "2 hr. ago");
+            compare(find(find(detail, "runCard_40"), "runTime").text, "");
         }
 
         function test_conversationWithoutCommentsSaysSo() {

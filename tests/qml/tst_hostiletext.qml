@@ -105,6 +105,14 @@ Item {
             return itemsUnder(item).filter(each => each.objectName === name).map(each => each.text);
         }
 
+        // Role `role` of every row of `model`, in order.
+        function roleValues(model, role) {
+            const values = [];
+            for (let row = 0; row < model.count; ++row)
+                values.push(model.valueAt(row, role));
+            return values;
+        }
+
         function hostileRow(inbox) {
             return inbox.vm.displayedRows.find(row => row.pr.number === 1);
         }
@@ -150,17 +158,30 @@ Item {
             compare(reviewLines[0], "✅ mal<b>lory&amp;<font color=red> approved");
             // The login's override ends with the login: the verb after it reads forwards.
             compare(reviewLines[1], "🔴 \u2068\u202edevorppa\u2069 requested changes");
-            const bodies = textsNamed(detail, "reviewBody");
-            compare(bodies, vm.reviews.map(review => review.body));
-            compare(textsNamed(detail, "commentAuthor"), vm.comments.map(comment => comment.user.login));
-            compare(textsNamed(detail, "commentBody"), vm.comments.map(comment => comment.body));
+            // Each text as the server sent it (the hostile seed's, its host filled in).
+            const host = gitea.strangerHost();
+            compare(textsNamed(detail, "reviewBody"), [
+                "<b>LGTM</b> <img src=\"http://" + host + "/review.png\">\nsecond line ![review](http://"
+                    + host + "/review-md.png)",
+                "<font color=\"#00aa00\">✅ Approved</font> \u202esdrawkcab"]);
+            compare(textsNamed(detail, "commentAuthor"), ["mal<b>lory&amp;<font color=red>", "\u202edevorppa"]);
+            const commentBodies = textsNamed(detail, "commentBody");
+            compare(commentBodies.length, 2);
+            verify(commentBodies[0].startsWith("<img src=\"http://" + host + "/comment.png\"> <b>first line</b>\n"),
+                   commentBodies[0]);
+            compare(commentBodies, roleValues(vm.commentsModel, "body"));
+            compare(commentBodies[1], "\u202edesrever &amp; &lt;b&gt;");
 
             showTab(detail, 2);
-            compare(textsNamed(detail, "fileName"), vm.files.map(file => file.filename));
+            compare(textsNamed(detail, "fileName"), [
+                "docs/<img src=\"http://" + host + "/file.png\">.md",
+                "<b>bold</b> &amp; <font color=red>red</font>.txt",
+                "src/\u202egnp.exe"]);
 
             showTab(detail, 3);
-            const jobs = vm.jobs[String(vm.runs[0].id)];
-            compare(textsNamed(detail, "jobName"), jobs.map(job => job.name));
+            compare(textsNamed(detail, "jobName"), [
+                "build <img src=\"http://" + host + "/job.png\">",
+                "<b>test</b> <font color=red>\u202etset</font>"]);
 
             verify(checkDrawnAsText(detail) >= 15);
         }
@@ -175,7 +196,8 @@ Item {
             const detail = openDetail(1);
             showTab(detail, 3);
             compare(textsNamed(detail, "runName"), [name]);
-            detail.askToRerun(detail.vm.runs[0]);
+            detail.askToRerun(detail.vm.runsModel.valueAt(0, "runID"),
+                              detail.vm.runsModel.valueAt(0, "name"));
             tryVerify(() => detail.rerunConfirm.opened);
             compare(detail.rerunConfirm.message, "Re-run \"" + name + "\"?");
             verify(checkDrawnAsText(detail.rerunConfirm.contentItem) >= 1);
@@ -256,12 +278,12 @@ Item {
 
         function test_diffAndJobLogShowTheStrangersTextsAsTyped() {
             const detail = openDetail(1);
-            const file = detail.vm.files[1];
-            detail.openFile(file);
+            const filename = detail.vm.filesModel.valueAt(1, "filename");
+            detail.openFile(filename);
             tryCompare(stack, "depth", 3);
             const diffView = stack.currentItem;
             tryVerify(() => !diffView.diff.isLoading, 5000);
-            compare(diffView.header.title, file.filename);
+            compare(diffView.header.title, filename);
             tryVerify(() => textsNamed(diffView, "diffLineText").length > 0);
             const shown = textsNamed(diffView, "diffLineText");
             verify(shown.some(text => text.indexOf("<font color=\"#ff00ff\">pink</font>") >= 0), shown);
@@ -270,13 +292,13 @@ Item {
             tryVerify(() => !stack.busy);
 
             showTab(detail, 3);
-            const run = detail.vm.runs[0];
-            const job = detail.vm.jobs[String(run.id)][1];
-            detail.openLogs(run, job);
+            const jobs = detail.vm.runsModel.valueAt(0, "jobs");
+            const jobName = jobs.valueAt(1, "name");
+            detail.openLogs(detail.vm.runsModel.valueAt(0, "runID"), jobs.valueAt(1, "jobID"), jobName);
             tryCompare(stack, "depth", 3);
             const logView = stack.currentItem;
             tryVerify(() => !logView.log.isLoading, 5000);
-            compare(logView.header.title, job.name);
+            compare(logView.header.title, jobName);
             verify(logView.log.text.indexOf("<img src=\"http://" + gitea.strangerHost()) >= 0);
             const chunk = findChild(logView, "logText").itemAtIndex(0);
             verify(chunk.text.indexOf("<b>bold</b> <font color=red>red</font>") >= 0);

@@ -66,8 +66,7 @@ Item {
         }
 
         function openDiff(filename) {
-            const view = open(diffView, { repo: tool, prNumber: 7,
-                                          file: { filename: filename, additions: 0, deletions: 0 } });
+            const view = open(diffView, { repo: tool, prNumber: 7, filename: filename });
             tryVerify(() => !view.diff.isLoading, 5000);
             return view;
         }

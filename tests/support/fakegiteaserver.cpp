@@ -1,5 +1,6 @@
 #include "fakegiteaserver.h"
 
+#include <QElapsedTimer>
 #include <QHttpServerRequest>
 #include <QPointer>
 #include <QQueue>
@@ -210,20 +211,23 @@ HttpRequest FakeGiteaServer::received(const QHttpServerRequest &request, QTcpSoc
 
 void FakeGiteaServer::answer(QTcpSocket *socket, const HttpRequest &request)
 {
+    QElapsedTimer sinceArrival;
+    sinceArrival.start();
     m_requests.append(request);
     emit requestRecorded(request);
     m_scripted.reset();
     FakeResponse response{dispatch(request)};
     if (m_scripted)
         response = *std::exchange(m_scripted, std::nullopt);
-    respond(socket, response);
+    respond(socket, response, std::chrono::milliseconds(sinceArrival.elapsed()));
 }
 
-void FakeGiteaServer::respond(QTcpSocket *socket, const FakeResponse &response)
+void FakeGiteaServer::respond(QTcpSocket *socket, const FakeResponse &response,
+                              std::chrono::milliseconds sinceArrival)
 {
     if (response.delivery == FakeResponse::Delivery::Never)
         return;
-    const std::chrono::milliseconds delay = std::max(response.delay, m_answerDelay);
+    const std::chrono::milliseconds delay = std::max(response.delay, m_answerDelay) - sinceArrival;
     if (delay.count() <= 0) {
         deliver(socket, response);
         return;

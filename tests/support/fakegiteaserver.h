@@ -29,7 +29,7 @@ struct FakeResponse : HttpAnswer
         Never,
     };
 
-    /// How long to wait before answering.
+    /// How long after the request arrived the answer leaves (at once when making it took longer).
     std::chrono::milliseconds delay{0};
     /// Bytes written exactly as given instead of the status line, headers and body made from the
     /// fields above: for answers no well-behaved server gives.
@@ -66,7 +66,9 @@ public:
     void route(QByteArray method, const QString &pattern, FakeResponse response);
     void route(QByteArray method, const QString &pattern, Handler handler);
 
-    /// Every answer waits at least this long before it leaves, as over a slow network.
+    /// Every answer leaves at least this long after its request arrived, as over a slow network.
+    /// The time the server spends making an answer counts towards it, as it would on a server
+    /// of its own: a hundred requests arriving together are answered together.
     void setAnswerDelay(std::chrono::milliseconds delay) { m_answerDelay = delay; }
     /// How many connections the server accepted so far.
     int connectionCount() const;
@@ -85,7 +87,8 @@ protected:
     void answer(QTcpSocket *socket, const HttpRequest &request) override;
 
 private:
-    void respond(QTcpSocket *socket, const FakeResponse &response);
+    void respond(QTcpSocket *socket, const FakeResponse &response,
+                 std::chrono::milliseconds sinceArrival);
     void deliver(QTcpSocket *socket, const FakeResponse &response);
 
     class RawRecorder;

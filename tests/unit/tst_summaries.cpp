@@ -1,4 +1,5 @@
-// The CI and review summaries shared by the inbox, the detail screen and the background check.
+// The CI and review summaries shared by the inbox, the detail screen and the background check,
+// and the words one review, run or author is shown with on the screen and by kestrine-cli.
 
 #include "summaries.h"
 
@@ -146,6 +147,55 @@ private slots:
         QCOMPARE(CIStatus::name(CIStatus::Failure), QStringLiteral("failure"));
         QVERIFY(!CIStatus::fromName(QStringLiteral("Failure")));
         QVERIFY(!CIStatus::fromName(QString()));
+    }
+
+    void reviewVerdictGivesEachStateItsEmojiAndVerb_data()
+    {
+        QTest::addColumn<QString>("state");
+        QTest::addColumn<int>("verdict");
+        QTest::addColumn<QString>("line");
+        QTest::newRow("approved") << "APPROVED" << int(ReviewState::Approved) << "✅ alice approved";
+        QTest::newRow("approved, lower case")
+            << "approved" << int(ReviewState::Approved) << "✅ alice approved";
+        QTest::newRow("changes requested")
+            << "REQUEST_CHANGES" << int(ReviewState::ChangesRequested)
+            << "🔴 alice requested changes";
+        QTest::newRow("comment") << "COMMENT" << int(ReviewState::NeedsReview)
+                                 << "💬 alice reviewed";
+        QTest::newRow("pending") << "PENDING" << int(ReviewState::NeedsReview)
+                                 << "💬 alice reviewed";
+        QTest::newRow("empty") << "" << int(ReviewState::NeedsReview) << "💬 alice reviewed";
+    }
+
+    void reviewVerdictGivesEachStateItsEmojiAndVerb()
+    {
+        QFETCH(QString, state);
+        QFETCH(int, verdict);
+        QFETCH(QString, line);
+        const ReviewVerdict found = ReviewVerdict::of(PullReview{1, state, {}, {}, {}});
+        QCOMPARE(int(found.state), verdict);
+        QCOMPARE(found.line(QStringLiteral("alice")), line);
+        QCOMPARE(found.emoji + QStringLiteral(" alice ") + found.verb, line);
+    }
+
+    void authorWithoutAUserIsUnknown()
+    {
+        QCOMPARE(authorName(std::nullopt), QStringLiteral("unknown"));
+        PRUser bo;
+        bo.login = QStringLiteral("bo");
+        QCOMPARE(authorName(bo), QStringLiteral("bo"));
+        // An empty login is what the server sent, not an absent user.
+        QCOMPARE(authorName(PRUser()), QString());
+    }
+
+    void runWithoutANameIsCalledWorkflow()
+    {
+        ActionRun unnamed = concluded("success");
+        QCOMPARE(runDisplayName(unnamed), QStringLiteral("workflow"));
+        unnamed.name = QStringLiteral("build");
+        QCOMPARE(runDisplayName(unnamed), QStringLiteral("build"));
+        unnamed.name = QString();
+        QCOMPARE(runDisplayName(unnamed), QString());
     }
 };
 

@@ -5,6 +5,7 @@
 #include "fakegiteaserver.h"
 #include "giteasimulation.h"
 #include "logstore.h"
+#include "recordlistmodel.h"
 #include "settingsstore.h"
 #include "strangerhost.h"
 
@@ -30,6 +31,13 @@ FakeResponse delayed(int status, const QByteArray &body, int ms)
 QObject *objectProperty(QObject *object, const char *name)
 {
     return object ? object->property(name).value<QObject *>() : nullptr;
+}
+
+/// List model `name` of `detail`'s view model ("filesModel", "runsModel", ...).
+const RecordListModel *listModel(QObject *detail, const char *name)
+{
+    return qobject_cast<const RecordListModel *>(
+        objectProperty(objectProperty(detail, "vm"), name));
 }
 
 /// The inbox row of pull request `number`, as the inbox model holds it.
@@ -81,9 +89,9 @@ struct TourSteps
     }
 
     /// Opens the diff of `file` from `detail` and waits until it has loaded.
-    static void openDiff(Tour &t, QObject *detail, const QVariant &file)
+    static void openDiff(Tour &t, QObject *detail, const QString &filename)
     {
-        QMetaObject::invokeMethod(detail, "openFile", Q_ARG(QVariant, file));
+        QMetaObject::invokeMethod(detail, "openFile", Q_ARG(QVariant, filename));
         Tour::settle(200);
         Tour::waitFor([&] {
             return !objectProperty(t.find(QStringLiteral("diffView")), "diff")
@@ -93,10 +101,17 @@ struct TourSteps
         Tour::settle(500);
     }
 
-    /// Opens the log of `job` of `run` from `detail` and waits until it has loaded.
-    static void openLogs(Tour &t, QObject *detail, const QVariant &run, const QVariant &job)
+    /// Opens the log of job `jobRow` of the run in row `runRow` of `detail`'s checks and waits
+    /// until it has loaded.
+    static void openLogs(Tour &t, QObject *detail, int runRow, int jobRow)
     {
-        QMetaObject::invokeMethod(detail, "openLogs", Q_ARG(QVariant, run), Q_ARG(QVariant, job));
+        const RecordListModel *runs = listModel(detail, "runsModel");
+        const auto *jobs =
+            qobject_cast<const RecordListModel *>(runs->valueAt(runRow, "jobs").value<QObject *>());
+        QMetaObject::invokeMethod(detail, "openLogs",
+                                  Q_ARG(QVariant, runs->valueAt(runRow, "runID")),
+                                  Q_ARG(QVariant, jobs->valueAt(jobRow, "jobID")),
+                                  Q_ARG(QVariant, jobs->valueAt(jobRow, "name")));
         Tour::settle(200);
         Tour::waitFor([&] {
             return !objectProperty(t.find(QStringLiteral("jobLogsView")), "log")
@@ -442,19 +457,10 @@ void TourSteps::demoScenes(Tour &t)
     restoreDemo(t);
 
     // Diff of one file, then of a file whose section is not found (the whole diff).
-    const QVariantList files = objectProperty(detail, "vm")->property("files").toList();
-    QVariant fetcherFile, docFile;
-    for (const QVariant &file : files) {
-        const QString name = file.toMap().value(QStringLiteral("filename")).toString();
-        if (name == QStringLiteral("fetcher/fetcher.go"))
-            fetcherFile = file;
-        if (name == QStringLiteral("docs/configuration.md"))
-            docFile = file;
-    }
-    openDiff(t, detail, fetcherFile);
+    openDiff(t, detail, QStringLiteral("fetcher/fetcher.go"));
     t.shoot(QStringLiteral("diff"));
     back(t);
-    openDiff(t, detail, docFile);
+    openDiff(t, detail, QStringLiteral("docs/configuration.md"));
     t.shoot(QStringLiteral("diff-markdown-file"));
     back(t);
     back(t);
@@ -463,8 +469,9 @@ void TourSteps::demoScenes(Tour &t)
     detail = openDetail(t, rowOf(inbox, 139));
     selectTab(detail, 3);
     t.shoot(QStringLiteral("detail-checks-failing"));
-    const QVariant failingRun = objectProperty(detail, "vm")->property("runs").toList().value(0);
-    QMetaObject::invokeMethod(detail, "askToRerun", Q_ARG(QVariant, failingRun));
+    const RecordListModel *runs = listModel(detail, "runsModel");
+    QMetaObject::invokeMethod(detail, "askToRerun", Q_ARG(QVariant, runs->valueAt(0, "runID")),
+                              Q_ARG(QVariant, runs->valueAt(0, "name")));
     Tour::settle(500);
     t.shoot(QStringLiteral("detail-rerun-confirm"));
     QMetaObject::invokeMethod(objectProperty(detail, "rerunConfirm"), "close");
@@ -487,15 +494,14 @@ void TourSteps::demoScenes(Tour &t)
     t.shoot(QStringLiteral("detail-conversation-changes"));
 
     // Job log of the failing test job.
-    const QVariantMap jobs = objectProperty(detail, "vm")->property("jobs").toMap();
-    const QVariantList failingJobs =
-        jobs.value(failingRun.toMap().value(QStringLiteral("id")).toString()).toList();
-    QVariant failingJob;
-    for (const QVariant &job : failingJobs) {
-        if (job.toMap().value(QStringLiteral("conclusion")).toString() == QStringLiteral("failure"))
-            failingJob = job;
+    const auto *failingJobs =
+        qobject_cast<const RecordListModel *>(runs->valueAt(0, "jobs").value<QObject *>());
+    int failingJob = 0;
+    for (int row = 0; row < failingJobs->count(); ++row) {
+        if (failingJobs->valueAt(row, "failed").toBool())
+            failingJob = row;
     }
-    openLogs(t, detail, failingRun, failingJob);
+    openLogs(t, detail, 0, failingJob);
     t.shoot(QStringLiteral("job-log"));
     QMetaObject::invokeMethod(t.find(QStringLiteral("jobLogsView")), "share");
     Tour::settle(600);
@@ -620,18 +626,11 @@ void TourSteps::hostileScenes(Tour &t, testing::StrangerHost &stranger)
     selectTab(detail, 3);
     t.shoot(QStringLiteral("hostile-detail-checks"));
 
-    QObject *vm = objectProperty(detail, "vm");
-    const QVariantList files = vm->property("files").toList();
-    openDiff(t, detail, files.value(1));
+    openDiff(t, detail, listModel(detail, "filesModel")->valueAt(1, "filename").toString());
     t.shoot(QStringLiteral("hostile-diff"));
     back(t);
 
-    const QVariant run = vm->property("runs").toList().value(0);
-    const QVariantList jobs = vm->property("jobs")
-                                  .toMap()
-                                  .value(run.toMap().value(QStringLiteral("id")).toString())
-                                  .toList();
-    openLogs(t, detail, run, jobs.value(1));
+    openLogs(t, detail, 0, 1);
     t.shoot(QStringLiteral("hostile-job-log"));
     back(t);
     back(t);
