@@ -40,10 +40,14 @@ KestrineApp::KestrineApp(AppOptions options)
 KestrineApp::AbortedRequestsDrain::~AbortedRequestsDrain()
 {
     // Every object that could be resumed is gone by now, so the coroutines only see their owners
-    // missing and return. Bounded, so that a stream of events cannot hold up the exit.
-    constexpr int drainMilliseconds = 200;
-    QCoreApplication::processEvents(QEventLoop::AllEvents, drainMilliseconds);
-    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    // missing and return. Only what is already queued is delivered, without turning an event loop
+    // again; a few rounds, for events that queue others, but bounded, so that a stream of events
+    // cannot hold up the exit.
+    constexpr int rounds = 8;
+    for (int round = 0; round < rounds; ++round) {
+        QCoreApplication::sendPostedEvents();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    }
 }
 
 KestrineApp::~KestrineApp()

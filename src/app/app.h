@@ -65,7 +65,7 @@ public:
 private:
     /// Destroyed last, after everything else of the app: a request aborted as its screen or pass
     /// went away resumes its coroutine on the next turn of the event loop, which after the app
-    /// never comes. One last turn lets those coroutines end and free what they hold.
+    /// never comes. Delivering what is queued lets those coroutines end and free what they hold.
     struct AbortedRequestsDrain
     {
         AbortedRequestsDrain() = default;
