@@ -21,22 +21,6 @@ namespace {
 const QString jsonOption = QStringLiteral("--json");
 const QString indent = QStringLiteral("  ");
 
-/// The review badge's text; nothing for an unknown state, which the header leaves out.
-QString reviewBadge(ReviewState::Value state)
-{
-    switch (state) {
-    case ReviewState::Approved:
-        return QStringLiteral("Approved");
-    case ReviewState::ChangesRequested:
-        return QStringLiteral("Changes");
-    case ReviewState::NeedsReview:
-        return QStringLiteral("Needs review");
-    case ReviewState::Unknown:
-        break;
-    }
-    return {};
-}
-
 /// Every line of `text`, indented.
 QString indented(const QString &text, const QString &by)
 {
@@ -52,7 +36,7 @@ QString header(const PRDetailViewModel &model, const PullRequestTarget &target)
     QStringList facts{target.displayName(),
                       pr.merged.value_or(false) ? QStringLiteral("merged") : pr.state,
                       QStringLiteral("CI ") + CIStatus::name(model.ciStatus())};
-    if (const QString badge = reviewBadge(model.reviewState()); !badge.isEmpty())
+    if (const QString badge = ReviewState::badgeText(model.reviewState()); !badge.isEmpty())
         facts.append(badge);
     if (pr.draft.value_or(false))
         facts.append(QStringLiteral("Draft"));

@@ -130,6 +130,21 @@ ReviewState::Value ReviewState::from(const QList<PullReview> &reviews)
     return NeedsReview;
 }
 
+QString ReviewState::badgeText(Value value)
+{
+    switch (value) {
+    case Approved:
+        return QStringLiteral("Approved");
+    case ChangesRequested:
+        return QStringLiteral("Changes");
+    case NeedsReview:
+        return QStringLiteral("Needs review");
+    case Unknown:
+        break;
+    }
+    return {};
+}
+
 ReviewVerdict ReviewVerdict::of(const PullReview &review)
 {
     switch (ReviewState::from({review})) {

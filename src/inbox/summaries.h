@@ -65,6 +65,9 @@ public:
     /// its author later changed their mind; reviews without either verdict need review; no
     /// reviews at all are unknown.
     static Value from(const QList<PullReview> &reviews);
+    /// The word a badge shows for `value`: "Approved", "Changes" or "Needs review"; "" for
+    /// Unknown, which shows no badge.
+    static QString badgeText(Value value);
 };
 
 /// How one review reads in a conversation: "✅ alice approved", "🔴 alice requested changes",

@@ -7,18 +7,7 @@ Rectangle {
     id: root
 
     property int state: ReviewState.Unknown
-    readonly property string text: {
-        switch (root.state) {
-        case ReviewState.Approved:
-            return "Approved";
-        case ReviewState.ChangesRequested:
-            return "Changes";
-        case ReviewState.NeedsReview:
-            return "Needs review";
-        default:
-            return "";
-        }
-    }
+    readonly property string text: SummaryText.reviewBadge(root.state)
     readonly property color tone: {
         switch (root.state) {
         case ReviewState.Approved:

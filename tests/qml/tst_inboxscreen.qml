@@ -301,7 +301,8 @@ Item {
                 { tag: "approved", state: ReviewState.Approved, text: "Approved", color: Theme.green },
                 { tag: "changes", state: ReviewState.ChangesRequested, text: "Changes", color: Theme.red },
                 { tag: "needsReview", state: ReviewState.NeedsReview, text: "Needs review", color: Theme.orange },
-                { tag: "unknown", state: ReviewState.Unknown, text: "", color: Theme.grey }
+                { tag: "unknown", state: ReviewState.Unknown, text: "", color: Theme.grey },
+                { tag: "not a state", state: 42, text: "", color: Theme.grey }
             ];
         }
 

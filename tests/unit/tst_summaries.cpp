@@ -149,6 +149,14 @@ private slots:
         QVERIFY(!CIStatus::fromName(QString()));
     }
 
+    void reviewBadgeHasAWordForEveryStateButUnknown()
+    {
+        QCOMPARE(ReviewState::badgeText(ReviewState::Approved), QStringLiteral("Approved"));
+        QCOMPARE(ReviewState::badgeText(ReviewState::ChangesRequested), QStringLiteral("Changes"));
+        QCOMPARE(ReviewState::badgeText(ReviewState::NeedsReview), QStringLiteral("Needs review"));
+        QCOMPARE(ReviewState::badgeText(ReviewState::Unknown), QString());
+    }
+
     void reviewVerdictGivesEachStateItsEmojiAndVerb_data()
     {
         QTest::addColumn<QString>("state");
