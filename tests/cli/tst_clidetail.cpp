@@ -3,9 +3,8 @@
 // and the requests the server saw.
 
 #include "clirun.h"
+#include "clitestcase.h"
 #include "fixtures.h"
-#include "keychainhelper.h"
-#include "keychainsteps.h"
 #include "pagedanswer.h"
 #include "seededgitea.h"
 
@@ -116,27 +115,11 @@ QByteArray seededJobLog(qint64 id)
 
 } // namespace
 
-class TestCliDetail : public QObject
+class TestCliDetail : public CliTestCase
 {
     Q_OBJECT
 
 private:
-    std::unique_ptr<SeededGitea> gitea;
-    std::unique_ptr<CliRunner> cli;
-
-    void login(const QString &token)
-    {
-        const CliResult result =
-            cli->run({QStringLiteral("login"), QStringLiteral("--url"), gitea->url()},
-                     token.toUtf8() + '\n');
-        QCOMPARE(result.exitCode, 0);
-    }
-
-    void setting(const QString &key, const QString &value)
-    {
-        QCOMPARE(cli->run({QStringLiteral("settings"), key, value}).exitCode, 0);
-    }
-
     QStringList requests() const { return normalized(gitea->requestLines()); }
 
     /// The "Files" block of show's text, up to the blank line before "Checks".
@@ -150,19 +133,11 @@ private:
 private slots:
     void init()
     {
-        keychainRemove(QStringLiteral("instanceURL"));
-        keychainRemove(QStringLiteral("token"));
-        gitea = std::make_unique<SeededGitea>();
-        QVERIFY(gitea->start());
-        cli = std::make_unique<CliRunner>();
+        QVERIFY(startFresh());
         login(SeededGitea::annToken);
     }
 
-    void cleanup()
-    {
-        cli.reset();
-        gitea.reset();
-    }
+    void cleanup() { stop(); }
 
     void showPrintsThePullRequestTabByTab()
     {

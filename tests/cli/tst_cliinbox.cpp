@@ -3,8 +3,7 @@
 // server saw, and the notifications that reached the desktop's notification server.
 
 #include "clirun.h"
-#include "keychainhelper.h"
-#include "keychainsteps.h"
+#include "clitestcase.h"
 #include "notificationserver.h"
 #include "seededgitea.h"
 
@@ -56,42 +55,14 @@ QByteArray fullRepositoryPage()
 
 } // namespace
 
-class TestCliInbox : public QObject
+class TestCliInbox : public CliTestCase
 {
     Q_OBJECT
 
-private:
-    std::unique_ptr<SeededGitea> gitea;
-    std::unique_ptr<CliRunner> cli;
-
-    void login(const QString &token)
-    {
-        const CliResult result =
-            cli->run({QStringLiteral("login"), QStringLiteral("--url"), gitea->url()},
-                     token.toUtf8() + '\n');
-        QCOMPARE(result.exitCode, 0);
-    }
-
-    void setting(const QString &key, const QString &value)
-    {
-        QCOMPARE(cli->run({QStringLiteral("settings"), key, value}).exitCode, 0);
-    }
-
 private slots:
-    void init()
-    {
-        keychainRemove(QStringLiteral("instanceURL"));
-        keychainRemove(QStringLiteral("token"));
-        gitea = std::make_unique<SeededGitea>();
-        QVERIFY(gitea->start());
-        cli = std::make_unique<CliRunner>();
-    }
+    void init() { QVERIFY(startFresh()); }
 
-    void cleanup()
-    {
-        cli.reset();
-        gitea.reset();
-    }
+    void cleanup() { stop(); }
 
     void inboxPrintsEveryOpenPullRequestNewestFirst()
     {
