@@ -2,6 +2,7 @@
 // server with scripted answers.
 
 #include "api.h"
+#include "clienttestcase.h"
 #include "fakegiteaserver.h"
 #include "fixtures.h"
 #include "outcome.h"
@@ -13,7 +14,7 @@
 #include <QtTest>
 
 using namespace kestrine;
-using kestrine::testing::RecordingLog;
+using kestrine::testing::ClientTestCase;
 using kestrine::testing::runToEnd;
 
 namespace {
@@ -38,20 +39,11 @@ QJsonObject jsonObject(const QByteArray &bytes)
 
 } // namespace
 
-class TestEndpoints : public QObject
+class TestEndpoints : public ClientTestCase
 {
     Q_OBJECT
 
 private:
-    FakeGiteaServer *server = nullptr;
-    RecordingLog log;
-
-    GiteaClient client()
-    {
-        return GiteaClient(server->baseUrl(), QStringLiteral("t"), GiteaClient::sharedSession(),
-                           &log);
-    }
-
     /// Serves `total` repositories in Gitea's pages of `limit`, and records nothing else.
     void serveRepositories(int total, int failingPage = 0)
     {
@@ -69,18 +61,9 @@ private:
     }
 
 private slots:
-    void init()
-    {
-        server = new FakeGiteaServer(this);
-        QVERIFY(server->listen());
-        log.lines.clear();
-    }
+    void init() { QVERIFY(startServer()); }
 
-    void cleanup()
-    {
-        delete server;
-        server = nullptr;
-    }
+    void cleanup() { stopServer(); }
 
     void exactlyFiftyRepositoriesAskForAnEmptySecondPage()
     {

@@ -1,6 +1,7 @@
 // The client against the fake Gitea server: how requests are formed, how answers map to errors,
 // and the one log line each request leaves.
 
+#include "clienttestcase.h"
 #include "fakegiteaserver.h"
 #include "fixtures.h"
 #include "outcome.h"
@@ -12,23 +13,12 @@
 #include <QtTest>
 
 using namespace kestrine;
+using kestrine::testing::ClientTestCase;
 using kestrine::testing::Outcome;
+using kestrine::testing::RecordingLog;
 using kestrine::testing::runToEnd;
 
 namespace {
-
-/// Collects log lines as the client writes them.
-class RecordingLog : public LogSink
-{
-public:
-    struct Line
-    {
-        LogLevel level;
-        QString message;
-    };
-    void log(LogLevel level, const QString &message) override { lines.append({level, message}); }
-    QList<Line> lines;
-};
 
 /// Awaits a request and reports how many log lines existed the moment the result arrived.
 QCoro::Task<qsizetype> logLinesWhenResultArrives(GiteaClient client, RecordingLog *log,
@@ -43,21 +33,11 @@ QCoro::Task<qsizetype> logLinesWhenResultArrives(GiteaClient client, RecordingLo
 
 } // namespace
 
-class TestGiteaClient : public QObject
+class TestGiteaClient : public ClientTestCase
 {
     Q_OBJECT
 
 private:
-    FakeGiteaServer *server = nullptr;
-    RecordingLog log;
-
-    GiteaClient client(const QString &token = QStringLiteral("s3cret"),
-                       std::chrono::milliseconds timeout = GiteaClient::defaultTimeout) const
-    {
-        return GiteaClient(server->baseUrl(), token, GiteaClient::sharedSession(),
-                           const_cast<RecordingLog *>(&log), timeout);
-    }
-
     Outcome<QByteArray> send(const QString &path, const QByteArray &method,
                              std::optional<http::QueryItems> query = std::nullopt,
                              std::optional<QByteArray> body = std::nullopt)
@@ -66,18 +46,9 @@ private:
     }
 
 private slots:
-    void init()
-    {
-        server = new FakeGiteaServer(this);
-        QVERIFY(server->listen());
-        log.lines.clear();
-    }
+    void init() { QVERIFY(startServer()); }
 
-    void cleanup()
-    {
-        delete server;
-        server = nullptr;
-    }
+    void cleanup() { stopServer(); }
 
     void successReturnsBodyAndLogsInfoLine()
     {
@@ -87,8 +58,8 @@ private slots:
         QVERIFY(!outcome.error);
         QCOMPARE(*outcome.value, QByteArray(R"([{"x":1}])"));
         QCOMPARE(log.lines.size(), 1);
-        QCOMPARE(log.lines[0].level, LogLevel::Info);
-        QCOMPARE(log.lines[0].message, QStringLiteral("GET user/repos \u2192 200"));
+        QCOMPARE(log.levels[0], LogLevel::Info);
+        QCOMPARE(log.lines[0], QStringLiteral("GET user/repos \u2192 200"));
     }
 
     void noContentAnswerReturnsEmptyBytes()
@@ -98,8 +69,7 @@ private slots:
         const auto outcome = send(QStringLiteral("repos/a/b/actions/runs/4/rerun"), "POST");
         QVERIFY(!outcome.error);
         QVERIFY(outcome.value->isEmpty());
-        QCOMPARE(log.lines[0].message,
-                 QStringLiteral("POST repos/a/b/actions/runs/4/rerun \u2192 204"));
+        QCOMPARE(log.lines[0], QStringLiteral("POST repos/a/b/actions/runs/4/rerun \u2192 204"));
     }
 
     void getOfListFailsWithDecodingOnEmptyNoContentBody()
@@ -125,9 +95,8 @@ private slots:
         QCOMPARE(*error, APIError::httpStatus(500, QStringLiteral("boom")));
         QCOMPARE(error->description(), QStringLiteral("Server error (500): boom"));
         QCOMPARE(log.lines.size(), 1);
-        QCOMPARE(log.lines[0].level, LogLevel::Error);
-        QCOMPARE(log.lines[0].message,
-                 QStringLiteral("POST repos/a/b/pulls/3/merge \u2192 500 boom"));
+        QCOMPARE(log.levels[0], LogLevel::Error);
+        QCOMPARE(log.lines[0], QStringLiteral("POST repos/a/b/pulls/3/merge \u2192 500 boom"));
     }
 
     void errorBodyWithNonStringValueHasNoServerMessage()
@@ -139,8 +108,8 @@ private slots:
         QVERIFY(error);
         QCOMPARE(*error, APIError::httpStatus(422));
         QCOMPARE(error->description(), QStringLiteral("Server error (422)."));
-        QCOMPARE(log.lines[0].message, QStringLiteral("POST repos/a/b/pulls/3/merge \u2192 422 "));
-        QVERIFY(log.lines[0].message.endsWith(QStringLiteral("\u2192 422 ")));
+        QCOMPARE(log.lines[0], QStringLiteral("POST repos/a/b/pulls/3/merge \u2192 422 "));
+        QVERIFY(log.lines[0].endsWith(QStringLiteral("\u2192 422 ")));
     }
 
     void errorBodyThatIsNotJsonHasNoServerMessage()
@@ -150,7 +119,7 @@ private slots:
         const auto error = send(QStringLiteral("user"), "GET").errorAs<APIError>();
         QVERIFY(error);
         QCOMPARE(*error, APIError::httpStatus(502));
-        QCOMPARE(log.lines[0].message, QStringLiteral("GET user \u2192 502 "));
+        QCOMPARE(log.lines[0], QStringLiteral("GET user \u2192 502 "));
     }
 
     void forbiddenAndUnauthorizedAreUnauthorizedNeverHttpStatus_data()
@@ -169,9 +138,8 @@ private slots:
         QVERIFY(error);
         QCOMPARE(error->kind(), APIError::Kind::Unauthorized);
         QCOMPARE(error->description(), QStringLiteral("Authentication failed. Check your token."));
-        QCOMPARE(log.lines[0].level, LogLevel::Error);
-        QCOMPARE(log.lines[0].message,
-                 QStringLiteral("GET user \u2192 %1 unauthorized").arg(status));
+        QCOMPARE(log.levels[0], LogLevel::Error);
+        QCOMPARE(log.lines[0], QStringLiteral("GET user \u2192 %1 unauthorized").arg(status));
     }
 
     void notFoundIsNotFoundAndLogged()
@@ -180,9 +148,8 @@ private slots:
         QVERIFY(error);
         QCOMPARE(*error, APIError::notFound());
         QCOMPARE(error->description(), QStringLiteral("Not found."));
-        QCOMPARE(log.lines[0].level, LogLevel::Error);
-        QCOMPARE(log.lines[0].message,
-                 QStringLiteral("GET repos/ann/tool/pulls \u2192 404 not found"));
+        QCOMPARE(log.levels[0], LogLevel::Error);
+        QCOMPARE(log.lines[0], QStringLiteral("GET repos/ann/tool/pulls \u2192 404 not found"));
     }
 
     void conflictIsMergeConflictLoggedAsWarning()
@@ -193,9 +160,8 @@ private slots:
             send(QStringLiteral("repos/a/b/pulls/3/merge"), "POST").errorAs<APIError>();
         QVERIFY(error);
         QCOMPARE(*error, APIError::mergeConflict());
-        QCOMPARE(log.lines[0].level, LogLevel::Warn);
-        QCOMPARE(log.lines[0].message,
-                 QStringLiteral("POST repos/a/b/pulls/3/merge \u2192 409 conflict"));
+        QCOMPARE(log.levels[0], LogLevel::Warn);
+        QCOMPARE(log.lines[0], QStringLiteral("POST repos/a/b/pulls/3/merge \u2192 409 conflict"));
     }
 
     void emptyQueryListAddsNoQuestionMark()
@@ -230,7 +196,7 @@ private slots:
         QCOMPARE(server->requests().at(0).rawQuery,
                  QByteArray("a%20b%26c%23d=x%20y%26z%231%3D2%2B3&plain=v"));
         // The log names the path only, never the query.
-        QCOMPARE(log.lines[0].message, QStringLiteral("GET search \u2192 200"));
+        QCOMPARE(log.lines[0], QStringLiteral("GET search \u2192 200"));
     }
 
     void instancePathIsKeptBeforeApiV1()
@@ -281,7 +247,7 @@ private slots:
         QCOMPARE(request.method, QByteArray("PATCH"));
         QCOMPARE(request.header("Content-Type"), QByteArray("application/json"));
         QCOMPARE(request.body, body);
-        QCOMPARE(log.lines[0].message, QStringLiteral("PATCH repos/a/b/pulls/3 \u2192 200"));
+        QCOMPARE(log.lines[0], QStringLiteral("PATCH repos/a/b/pulls/3 \u2192 200"));
     }
 
     void emptyTokenSendsTokenWithTrailingBlank()
@@ -370,8 +336,8 @@ private slots:
         QVERIFY(error);
         QCOMPARE(*error, APIError::invalidResponse());
         QCOMPARE(log.lines.size(), 1);
-        QCOMPARE(log.lines[0].level, LogLevel::Error);
-        QCOMPARE(log.lines[0].message, QStringLiteral("GET user \u2192 invalid response"));
+        QCOMPARE(log.levels[0], LogLevel::Error);
+        QCOMPARE(log.lines[0], QStringLiteral("GET user \u2192 invalid response"));
     }
 
     void logLineIsWrittenBeforeTheResultReachesTheCaller_data()
@@ -417,7 +383,7 @@ private slots:
             error->description().contains(QStringLiteral("Cannot decode date string yesterday")),
             qPrintable(error->description()));
         QCOMPARE(log.lines.size(), 1);
-        QCOMPARE(log.lines[0].level, LogLevel::Info);
+        QCOMPARE(log.levels[0], LogLevel::Info);
     }
 
     void concurrentRequestsEachLeaveOneLine()

@@ -3,6 +3,7 @@
 // the server announces its pages.
 
 #include "api.h"
+#include "clienttestcase.h"
 #include "fakegiteaserver.h"
 #include "giteasimulation.h"
 #include "outcome.h"
@@ -17,9 +18,9 @@
 #include <QtTest>
 
 using namespace kestrine;
+using kestrine::testing::ClientTestCase;
 using kestrine::testing::numberedFiles;
 using kestrine::testing::pagedAnswer;
-using kestrine::testing::RecordingLog;
 using kestrine::testing::runToEnd;
 using kestrine::testing::StrangerHost;
 
@@ -96,20 +97,12 @@ QStringList rawQueries(const QList<RecordedRequest> &requests)
 
 } // namespace
 
-class TestListPaging : public QObject
+class TestListPaging : public ClientTestCase
 {
     Q_OBJECT
 
 private:
-    FakeGiteaServer *server = nullptr;
     std::unique_ptr<GiteaSimulation> simulation;
-    RecordingLog log;
-
-    GiteaClient client()
-    {
-        return GiteaClient(server->baseUrl(), QStringLiteral("t"), GiteaClient::sharedSession(),
-                           &log);
-    }
 
     /// Serves the seed of `count` items of each list; false (with the reason printed) when the
     /// simulation cannot read it.
@@ -134,18 +127,12 @@ private:
     }
 
 private slots:
-    void init()
-    {
-        server = new FakeGiteaServer(this);
-        QVERIFY(server->listen());
-        log.lines.clear();
-    }
+    void init() { QVERIFY(startServer()); }
 
     void cleanup()
     {
         simulation.reset();
-        delete server;
-        server = nullptr;
+        stopServer();
     }
 
     void seventyFiveChangedFilesArriveWholeInThreeRequests()

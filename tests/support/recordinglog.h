@@ -2,17 +2,29 @@
 
 #include "logsink.h"
 
+#include <QList>
 #include <QString>
 #include <QStringList>
 
 namespace kestrine::testing {
 
-/// A log that keeps the messages the client writes to it, in order.
+/// A log that keeps the messages the client writes to it, in order, and the level of each.
 class RecordingLog : public LogSink
 {
 public:
-    void log(LogLevel, const QString &message) override { lines.append(message); }
+    void log(LogLevel level, const QString &message) override
+    {
+        lines.append(message);
+        levels.append(level);
+    }
+    void clear()
+    {
+        lines.clear();
+        levels.clear();
+    }
+
     QStringList lines;
+    QList<LogLevel> levels;
 };
 
 } // namespace kestrine::testing
