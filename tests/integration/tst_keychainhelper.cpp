@@ -2,8 +2,10 @@
 // that `run-isolated --keyring` starts for this test. What the store holds is checked twice:
 // through KeychainHelper, and straight over D-Bus with SecretServiceProbe.
 
+#include "childrun.h"
 #include "keychainhelper.h"
 #include "keychainsteps.h"
+#include "optionalprinting.h"
 #include "tst_keychainprobe.h"
 
 #include <QDBusConnection>
@@ -23,25 +25,13 @@
 #include <qt6keychain/keychain.h>
 
 using namespace kestrine;
+using kestrine::testing::ChildResult;
 using kestrine::testing::keychainGet;
 using kestrine::testing::keychainRemove;
 using kestrine::testing::keychainSet;
+using kestrine::testing::runChild;
 using kestrine::testing::SecretServiceProbe;
 using namespace std::chrono_literals;
-
-namespace QTest {
-// Failure messages that show what was read: the text, or "nothing".
-template <>
-char *toString(const std::optional<QString> &value)
-{
-    return value ? QTest::toString(QStringLiteral("\"%1\"").arg(*value)) : qstrdup("nothing");
-}
-template <>
-char *toString(const std::optional<QByteArray> &value)
-{
-    return value ? QTest::toString(*value) : qstrdup("nothing");
-}
-} // namespace QTest
 
 namespace {
 
@@ -221,37 +211,6 @@ int runWithLateSecretService()
     result.insert("messages", store.received());
     QTextStream(stdout) << QJsonDocument(result).toJson(QJsonDocument::Compact) << Qt::endl;
     return 0;
-}
-
-struct ChildResult
-{
-    bool finished = false;
-    int exitCode = -1;
-    QJsonObject output;
-    QString stderrText;
-    qint64 wallMs = 0;
-};
-
-ChildResult runChild(const QString &program, const QStringList &arguments,
-                     const QProcessEnvironment &environment)
-{
-    ChildResult result;
-    QProcess child;
-    child.setProcessEnvironment(environment);
-    QElapsedTimer wall;
-    wall.start();
-    child.start(program, arguments);
-    result.finished = child.waitForFinished(60000);
-    result.wallMs = wall.elapsed();
-    if (!result.finished) {
-        child.kill();
-        child.waitForFinished();
-    }
-    result.exitCode = child.exitStatus() == QProcess::NormalExit ? child.exitCode() : -1;
-    const QList<QByteArray> lines = child.readAllStandardOutput().trimmed().split('\n');
-    result.output = QJsonDocument::fromJson(lines.last()).object();
-    result.stderrText = QString::fromLocal8Bit(child.readAllStandardError());
-    return result;
 }
 
 } // namespace

@@ -2,12 +2,14 @@
 // session bus of `run-isolated --keyring`, the defaults store is the JSON file under the private
 // XDG_CONFIG_HOME. Clients built by the store send real requests to the fake Gitea server.
 
+#include "childrun.h"
 #include "defaultsstore.h"
 #include "fakegiteaserver.h"
 #include "fixtures.h"
 #include "keychainhelper.h"
 #include "keychainsteps.h"
 #include "logstore.h"
+#include "optionalprinting.h"
 #include "outcome.h"
 #include "qmlservices.h"
 #include "settingsstore.h"
@@ -28,26 +30,14 @@
 #include <QtTest>
 
 using namespace kestrine;
+using kestrine::testing::ChildResult;
 using kestrine::testing::keychainGet;
 using kestrine::testing::keychainSet;
+using kestrine::testing::runChild;
 using kestrine::testing::LoadedSettingsStore;
 using kestrine::testing::runToEnd;
 using kestrine::testing::SecretServiceProbe;
 using kestrine::testing::settled;
-
-namespace QTest {
-// Failure messages that show what was read: the text, or "nothing".
-template <>
-char *toString(const std::optional<QString> &value)
-{
-    return value ? QTest::toString(QStringLiteral("\"%1\"").arg(*value)) : qstrdup("nothing");
-}
-template <>
-char *toString(const std::optional<QUrl> &value)
-{
-    return value ? QTest::toString(value->toString()) : qstrdup("nothing");
-}
-} // namespace QTest
 
 namespace {
 
@@ -164,32 +154,13 @@ int settingsWithoutKeychain()
     return 0;
 }
 
-struct ChildResult
-{
-    bool finished = false;
-    int exitCode = -1;
-    QJsonObject output;
-    QString stderrText;
-};
-
+/// This program run again in `mode`.
 ChildResult
 runChild(const char *mode,
          const QProcessEnvironment &environment = QProcessEnvironment::systemEnvironment())
 {
-    ChildResult result;
-    QProcess child;
-    child.setProcessEnvironment(environment);
-    child.start(QCoreApplication::applicationFilePath(), {QString::fromLatin1(mode)});
-    result.finished = child.waitForFinished(60000);
-    if (!result.finished) {
-        child.kill();
-        child.waitForFinished();
-    }
-    result.exitCode = child.exitStatus() == QProcess::NormalExit ? child.exitCode() : -1;
-    const QList<QByteArray> lines = child.readAllStandardOutput().trimmed().split('\n');
-    result.output = QJsonDocument::fromJson(lines.last()).object();
-    result.stderrText = QString::fromLocal8Bit(child.readAllStandardError());
-    return result;
+    return runChild(QCoreApplication::applicationFilePath(), {QString::fromLatin1(mode)},
+                    environment);
 }
 
 } // namespace
