@@ -1,4 +1,5 @@
 #include "defaultsstore.h"
+#include "testfiles.h"
 
 #include <QDir>
 #include <QFile>
@@ -10,6 +11,8 @@
 #include <memory>
 
 using namespace kestrine;
+using kestrine::testing::defaultsFileInTheWay;
+using kestrine::testing::SettingsFromDisk;
 
 namespace {
 
@@ -37,28 +40,15 @@ class TestDefaultsStore : public QObject
 private:
     QTemporaryDir m_dir;
     int m_copies = 0;
-
-    /// QSettings shares one parsed copy of a file between all its instances in a process, so a
-    /// second QSettings on the same path would see the writer's in-memory values. Reading a copy
-    /// of the file is what makes the read go through the JSON reader.
-    std::unique_ptr<QSettings> readBackFromDisk(const QString &path)
-    {
-        const QString copy = m_dir.filePath(QStringLiteral("copy-%1.json").arg(++m_copies));
-        if (!QFile::copy(path, copy))
-            return nullptr;
-        return std::make_unique<QSettings>(copy, jsonSettingsFormat());
-    }
+    SettingsFromDisk m_disk;
 
 private slots:
     void initTestCase()
     {
         QVERIFY(m_dir.isValid());
-        const QString defaultsFile = defaultsStore().fileName();
-        // This test writes the real defaults file; tests/run-isolated gives it a home of its own.
-        if (QFile::exists(defaultsFile))
-            QFAIL(qPrintable(QStringLiteral("%1 exists already: run this test through "
-                                            "tests/run-isolated")
-                                 .arg(defaultsFile)));
+        // This test writes the real defaults file.
+        if (const QString inTheWay = defaultsFileInTheWay(); !inTheWay.isEmpty())
+            QFAIL(qPrintable(inTheWay));
     }
 
     void defaultsFileLivesInTheUserConfigDirectory()
@@ -97,7 +87,7 @@ private slots:
         store.sync();
         QCOMPARE(store.status(), QSettings::NoError);
 
-        const auto disk = readBackFromDisk(store.fileName());
+        const auto disk = m_disk.read(store.fileName());
         QVERIFY(disk);
         QCOMPARE(disk->status(), QSettings::NoError);
 
@@ -185,7 +175,7 @@ private slots:
         QVERIFY(!file.contains(QStringLiteral("kestrine")));
         QVERIFY(!file.contains(QStringLiteral("section")));
 
-        const auto disk = readBackFromDisk(store.fileName());
+        const auto disk = m_disk.read(store.fileName());
         QVERIFY(disk);
         QCOMPARE(disk->value(QStringLiteral("section/key")).toLongLong(), 2);
         QCOMPARE(disk->value(QStringLiteral("kestrine.log.entries.probe")).toLongLong(), 1);
@@ -257,7 +247,7 @@ private slots:
         QCOMPARE(document.object(),
                  QJsonObject({{QStringLiteral("deleteBranchAfterMerge"), true}}));
 
-        const auto disk = readBackFromDisk(path);
+        const auto disk = m_disk.read(path);
         QVERIFY(disk);
         QCOMPARE(disk->status(), QSettings::NoError);
         QCOMPARE(disk->value(QStringLiteral("deleteBranchAfterMerge")), QVariant(true));

@@ -1,5 +1,6 @@
 #include "dates.h"
 #include "settings.h"
+#include "testfiles.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -19,6 +20,8 @@
 #include <sys/stat.h>
 
 using namespace kestrine;
+using kestrine::testing::defaultsFileInTheWay;
+using kestrine::testing::SettingsFromDisk;
 
 namespace {
 
@@ -86,29 +89,14 @@ class TestLogStore : public QObject
     Q_OBJECT
 
 private:
-    QTemporaryDir m_dir;
-    int m_copies = 0;
-
-    /// QSettings shares one parsed copy of a file between its instances in a process; a copy of
-    /// the file forces a real read from disk.
-    std::unique_ptr<QSettings> readDefaultsFromDisk()
-    {
-        const QString copy = m_dir.filePath(QStringLiteral("defaults-%1.json").arg(++m_copies));
-        if (!QFile::copy(defaultsStore().fileName(), copy))
-            return nullptr;
-        return std::make_unique<QSettings>(copy, jsonSettingsFormat());
-    }
+    SettingsFromDisk m_disk;
 
 private slots:
     void initTestCase()
     {
-        QVERIFY(m_dir.isValid());
-        const QString defaultsFile = defaultsStore().fileName();
-        // This test rewrites the real log; tests/run-isolated gives it a home of its own.
-        if (QFile::exists(defaultsFile))
-            QFAIL(qPrintable(QStringLiteral("%1 exists already: run this test through "
-                                            "tests/run-isolated")
-                                 .arg(defaultsFile)));
+        // This test rewrites the real log.
+        if (const QString inTheWay = defaultsFileInTheWay(); !inTheWay.isEmpty())
+            QFAIL(qPrintable(inTheWay));
     }
 
     void init()
@@ -187,7 +175,7 @@ private slots:
                  QStringLiteral("line 500"));
 
         // The file read through a fresh QSettings.
-        const auto disk = readDefaultsFromDisk();
+        const auto disk = m_disk.read(defaultsStore().fileName());
         QVERIFY(disk);
         const QVariant value = disk->value(LogStore::persistKey);
         QCOMPARE(value.typeId(), QMetaType::QByteArray);
