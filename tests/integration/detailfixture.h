@@ -13,6 +13,7 @@
 #include <QJsonObject>
 #include <QQmlEngine>
 #include <QStringList>
+#include <memory>
 
 namespace kestrine::testing {
 
@@ -132,6 +133,35 @@ inline void configureSettings(TestStores &stores, const FakeGiteaServer &server)
 {
     stores.signIn(server.baseUrl(), QStringLiteral("t"));
 }
+
+/// Detail tests: each test starts with fresh stores and a fresh server with no routes, the
+/// settings signed in to that server and the log empty.
+class DetailTestCase : public QObject
+{
+protected:
+    std::unique_ptr<TestStores> stores;
+    FakeGiteaServer *server = nullptr;
+
+    /// For a test's init(); false when the server could not listen.
+    [[nodiscard]] bool startServer()
+    {
+        stores = std::make_unique<TestStores>();
+        server = new FakeGiteaServer(this);
+        if (!server->listen())
+            return false;
+        configureSettings(*stores, *server);
+        stores->log.clear();
+        return true;
+    }
+
+    /// For a test's cleanup().
+    void stopServer()
+    {
+        delete server;
+        server = nullptr;
+        stores.reset();
+    }
+};
 
 /// Sets `model` up as a QML document of `engine` does for the models it creates: the model finds
 /// the settings installed on that engine.

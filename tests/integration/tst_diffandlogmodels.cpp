@@ -55,31 +55,18 @@ QList<int> types(const DiffModel &model)
 
 } // namespace
 
-class TestDiffAndLogModels : public QObject
+class TestDiffAndLogModels : public DetailTestCase
 {
     Q_OBJECT
-
-private:
-    std::unique_ptr<TestStores> stores;
-    FakeGiteaServer *server = nullptr;
 
 private slots:
     void init()
     {
-        stores = std::make_unique<TestStores>();
-        server = new FakeGiteaServer(this);
-        QVERIFY(server->listen());
+        QVERIFY(startServer());
         server->route("GET", diffPath, FakeResponse::text(twoFiles));
-        configureSettings(*stores, *server);
-        stores->log.clear();
     }
 
-    void cleanup()
-    {
-        delete server;
-        server = nullptr;
-        stores.reset();
-    }
+    void cleanup() { stopServer(); }
 
     void diffShowsOnlyTheFilesSection()
     {

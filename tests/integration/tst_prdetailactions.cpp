@@ -48,14 +48,11 @@ public:
 
 } // namespace
 
-class TestPRDetailActions : public QObject
+class TestPRDetailActions : public DetailTestCase
 {
     Q_OBJECT
 
 private:
-    std::unique_ptr<TestStores> stores;
-    FakeGiteaServer *server = nullptr;
-
     /// A model that has loaded pull request 7; the server's record starts empty after it.
     std::unique_ptr<PRDetailViewModel> loadedModel()
     {
@@ -81,25 +78,17 @@ private:
 private slots:
     void init()
     {
-        stores = std::make_unique<TestStores>();
-        server = new FakeGiteaServer(this);
-        QVERIFY(server->listen());
+        QVERIFY(startServer());
         serveDefaults(*server);
         server->route("POST", updatePath, FakeResponse::empty(200));
         server->route("DELETE", apiRoot + QStringLiteral("/branches/{branch*}"),
                       FakeResponse::empty(204));
-        configureSettings(*stores, *server);
         stores->settings.setDeleteBranchAfterMerge(false);
         stores->settings.setMergeGateMode(MergeGateMode::Warn);
         stores->log.clear();
     }
 
-    void cleanup()
-    {
-        delete server;
-        server = nullptr;
-        stores.reset();
-    }
+    void cleanup() { stopServer(); }
 
     void conflictUpdateAndSecondConflictFailAfterTwoMergesAndOneUpdate()
     {

@@ -11,14 +11,11 @@
 using namespace kestrine;
 using namespace kestrine::testing;
 
-class TestPRDetailLoad : public QObject
+class TestPRDetailLoad : public DetailTestCase
 {
     Q_OBJECT
 
 private:
-    std::unique_ptr<TestStores> stores;
-    FakeGiteaServer *server = nullptr;
-
     std::unique_ptr<PRDetailViewModel> newModel()
     {
         return std::make_unique<PRDetailViewModel>(stores->settings, annApp(), 7);
@@ -36,20 +33,11 @@ private:
 private slots:
     void init()
     {
-        stores = std::make_unique<TestStores>();
-        server = new FakeGiteaServer(this);
-        QVERIFY(server->listen());
+        QVERIFY(startServer());
         serveDefaults(*server);
-        configureSettings(*stores, *server);
-        stores->log.clear();
     }
 
-    void cleanup()
-    {
-        delete server;
-        server = nullptr;
-        stores.reset();
-    }
+    void cleanup() { stopServer(); }
 
     void newModelStartsEmptyAndIdle()
     {
