@@ -1,7 +1,5 @@
 #include "diffmodel.h"
 
-#include "failure_p.h"
-#include "notconfigured.h"
 #include "qmlrecords_p.h"
 #include "settingsstore.h"
 
@@ -59,31 +57,17 @@ void DiffModel::setFilename(const QString &filename)
 
 QCoro::Task<> DiffModel::load()
 {
-    setLoading(true);
-    setErrorMessage(std::nullopt);
-    const std::optional<GiteaClient> configured = configuredClient();
-    if (!configured) {
-        setErrorMessage(notConfiguredMessage());
-        setLoading(false);
-        co_return;
-    }
-    const GiteaClient client = configured->cancelledWith(this);
     const QPointer<DiffModel> self(this);
-
-    detail::Attempted<QString> diff =
-        co_await detail::attempt(client.diff(m_repo.owner.login, m_repo.name, m_prNumber));
-    if (!self)
+    std::optional<QString> diff =
+        co_await answerOf<QString>(configuredClient(), [this](const GiteaClient &client) {
+            return client.diff(m_repo.owner.login, m_repo.name, m_prNumber);
+        });
+    if (!diff)
         co_return;
-    if (diff.failure) {
-        if (!diff.failure->isCancellation)
-            setErrorMessage(diff.failure->description);
-        setLoading(false);
-        co_return;
-    }
 
     // A pull request's diff can run to tens of megabytes: it is cut and split on a worker thread,
     // and the screen shows its progress indicator meanwhile, as during the download.
-    ParsedDiff lines = co_await parseFileDiffInBackground(std::move(*diff.value), m_file.filename);
+    ParsedDiff lines = co_await parseFileDiffInBackground(std::move(*diff), m_file.filename);
     if (!self)
         co_return;
     setLines(std::move(lines));
@@ -154,22 +138,6 @@ void DiffModel::setLines(ParsedDiff lines)
     endResetModel();
     if (count() != before)
         emit countChanged();
-}
-
-void DiffModel::setLoading(bool loading)
-{
-    if (m_isLoading == loading)
-        return;
-    m_isLoading = loading;
-    emit isLoadingChanged();
-}
-
-void DiffModel::setErrorMessage(const std::optional<QString> &message)
-{
-    if (m_errorMessage == message)
-        return;
-    m_errorMessage = message;
-    emit errorMessageChanged();
 }
 
 } // namespace kestrine

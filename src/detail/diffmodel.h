@@ -3,6 +3,7 @@
 #include "diffparser.h"
 #include "qmlservices.h"
 #include "records.h"
+#include "requestprogress.h"
 
 #include <QAbstractListModel>
 #include <QCoroTask>
@@ -17,7 +18,7 @@ namespace kestrine {
 /// the whole pull request's diff and cuts out the file's section (see parseFileDiff). Roles: text
 /// (the line as in the diff) and type (a DiffLineType::Value). Rows are told apart by their
 /// position: every load resets the model.
-class DiffModel : public QAbstractListModel, public SettingsUser
+class DiffModel : public QAbstractListModel, public SettingsUser, public RequestProgress<DiffModel>
 {
     Q_OBJECT
     Q_INTERFACES(QQmlParserStatus)
@@ -54,8 +55,6 @@ public:
     void setFilename(const QString &filename);
 
     const ParsedDiff &lines() const { return m_lines; }
-    bool isLoading() const { return m_isLoading; }
-    const std::optional<QString> &errorMessage() const { return m_errorMessage; }
     int count() const { return int(m_lines.size()); }
 
     /// Fetches the pull request's diff and shows this file's part of it. On failure the lines
@@ -71,7 +70,6 @@ public:
     void setQmlRepo(const QVariant &repo);
     QVariant qmlFile() const;
     void setQmlFile(const QVariant &file);
-    QString qmlErrorMessage() const { return m_errorMessage.value_or(QString()); }
 
 signals:
     void repoChanged();
@@ -83,15 +81,11 @@ signals:
 
 private:
     void setLines(ParsedDiff lines);
-    void setLoading(bool loading);
-    void setErrorMessage(const std::optional<QString> &message);
 
     Repository m_repo;
     qint64 m_prNumber = 0;
     ChangedFile m_file;
     ParsedDiff m_lines;
-    bool m_isLoading = false;
-    std::optional<QString> m_errorMessage;
 };
 
 } // namespace kestrine

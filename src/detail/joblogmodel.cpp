@@ -1,11 +1,7 @@
 #include "joblogmodel.h"
 
-#include "failure_p.h"
-#include "notconfigured.h"
 #include "qmlrecords_p.h"
 #include "settingsstore.h"
-
-#include <QPointer>
 
 namespace kestrine {
 
@@ -66,25 +62,13 @@ void JobLogModel::setShowShare(bool show)
 
 QCoro::Task<> JobLogModel::load()
 {
-    setLoading(true);
-    setErrorMessage(std::nullopt);
-    const std::optional<GiteaClient> configured = configuredClient();
-    if (!configured) {
-        setErrorMessage(notConfiguredMessage());
-        setLoading(false);
+    const std::optional<QString> log =
+        co_await answerOf<QString>(configuredClient(), [this](const GiteaClient &client) {
+            return client.jobLogs(m_repo.owner.login, m_repo.name, m_jobID);
+        });
+    if (!log)
         co_return;
-    }
-    const GiteaClient client = configured->cancelledWith(this);
-    const QPointer<JobLogModel> self(this);
-
-    const detail::Attempted<QString> log =
-        co_await detail::attempt(client.jobLogs(m_repo.owner.login, m_repo.name, m_jobID));
-    if (!self)
-        co_return;
-    if (log.value)
-        setText(*log.value);
-    else if (!log.failure->isCancellation)
-        setErrorMessage(log.failure->description);
+    setText(*log);
     setLoading(false);
 }
 
@@ -111,22 +95,6 @@ void JobLogModel::setText(const QString &text)
         return;
     m_text = text;
     emit textChanged();
-}
-
-void JobLogModel::setLoading(bool loading)
-{
-    if (m_isLoading == loading)
-        return;
-    m_isLoading = loading;
-    emit isLoadingChanged();
-}
-
-void JobLogModel::setErrorMessage(const std::optional<QString> &message)
-{
-    if (m_errorMessage == message)
-        return;
-    m_errorMessage = message;
-    emit errorMessageChanged();
 }
 
 } // namespace kestrine

@@ -2,6 +2,7 @@
 
 #include "qmlservices.h"
 #include "records.h"
+#include "requestprogress.h"
 
 #include <QCoroTask>
 #include <QObject>
@@ -14,7 +15,7 @@ namespace kestrine {
 
 /// The raw log of one Actions job, for the job log screen: the text exactly as the server sends
 /// it (escape sequences, timestamps and all), with no size cap.
-class JobLogModel : public QObject, public SettingsUser
+class JobLogModel : public QObject, public SettingsUser, public RequestProgress<JobLogModel>
 {
     Q_OBJECT
     Q_INTERFACES(QQmlParserStatus)
@@ -47,8 +48,6 @@ public:
     void setJobName(const QString &jobName);
 
     const QString &text() const { return m_text; }
-    bool isLoading() const { return m_isLoading; }
-    const std::optional<QString> &errorMessage() const { return m_errorMessage; }
     bool showShare() const { return m_showShare; }
     void setShowShare(bool show);
 
@@ -59,7 +58,6 @@ public:
 
     QVariant qmlRepo() const;
     void setQmlRepo(const QVariant &repo);
-    QString qmlErrorMessage() const { return m_errorMessage.value_or(QString()); }
 
 signals:
     void repoChanged();
@@ -73,16 +71,12 @@ signals:
 
 private:
     void setText(const QString &text);
-    void setLoading(bool loading);
-    void setErrorMessage(const std::optional<QString> &message);
 
     Repository m_repo;
     qint64 m_runID = 0;
     qint64 m_jobID = 0;
     QString m_jobName;
     QString m_text;
-    bool m_isLoading = false;
-    std::optional<QString> m_errorMessage;
     bool m_showShare = false;
 };
 
