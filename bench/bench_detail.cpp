@@ -4,6 +4,7 @@
 // process's peak resident memory.
 
 #include "diffparser.h"
+#include "largetexts.h"
 #include "markdownlines.h"
 
 #include <QElapsedTimer>
@@ -19,33 +20,8 @@ constexpr qsizetype diffTargetBytes = 20'000'000;
 constexpr qsizetype markdownTargetBytes = 1'000'000;
 constexpr int rounds = 5;
 
-/// A unified diff of many files, each a header and hunks of ~50-byte lines, until `targetBytes`.
-/// The last file is named "last/file.cpp", so cutting it scans the whole text.
-QByteArray largeDiff(qsizetype targetBytes)
-{
-    QByteArray diff;
-    diff.reserve(targetBytes + 4096);
-    int file = 0;
-    auto addFile = [&diff](const QByteArray &name, int hunks) {
-        diff += "diff --git a/" + name + " b/" + name + "\nindex 83db48f..bf269f4 100644\n--- a/" +
-                name + "\n+++ b/" + name + "\n";
-        for (int hunk = 0; hunk < hunks; ++hunk) {
-            diff += "@@ -" + QByteArray::number(hunk * 40 + 1) + ",20 +" +
-                    QByteArray::number(hunk * 40 + 1) + ",21 @@ void function" +
-                    QByteArray::number(hunk) + "()\n";
-            for (int line = 0; line < 20; ++line) {
-                const char prefix = line % 7 == 3 ? '-' : (line % 5 == 1 ? '+' : ' ');
-                diff += prefix;
-                diff += "    const auto value = compute(input, " + QByteArray::number(line) +
-                        "); // note\n";
-            }
-        }
-    };
-    while (diff.size() < targetBytes)
-        addFile("src/module" + QByteArray::number(file++) + "/source.cpp", 10);
-    addFile("last/file.cpp", 3);
-    return diff;
-}
+/// Cutting the last file out of the diff scans the whole text.
+const testing::NamedFile lastFile{"last/file.cpp", 3, 1};
 
 QByteArray largeMarkdown(qsizetype targetBytes)
 {
@@ -106,7 +82,7 @@ class BenchDetail : public QObject
 private slots:
     void cutAndParseLastFileOfA20MBDiff()
     {
-        const QByteArray bytes = largeDiff(diffTargetBytes);
+        const QByteArray bytes = testing::largeDiff(diffTargetBytes, lastFile);
         const QString diff = QString::fromUtf8(bytes);
         qInfo("diff: %lld bytes, %lld lines", qlonglong(bytes.size()),
               qlonglong(bytes.count('\n') + 1));
@@ -120,7 +96,7 @@ private slots:
 
     void parseWholeDiffWhenTheFileIsMissing()
     {
-        const QByteArray bytes = largeDiff(diffTargetBytes);
+        const QByteArray bytes = testing::largeDiff(diffTargetBytes, lastFile);
         const QString diff = QString::fromUtf8(bytes);
         qsizetype lines = 0;
         report("cut (not found) + parse whole diff", bytes.size(),
@@ -131,7 +107,7 @@ private slots:
     void decodeUtf8OfA20MBDiff()
     {
         // For comparison: what turning the downloaded bytes into text costs before any cutting.
-        const QByteArray bytes = largeDiff(diffTargetBytes);
+        const QByteArray bytes = testing::largeDiff(diffTargetBytes, lastFile);
         qsizetype length = 0;
         report("UTF-8 decode (reference)", bytes.size(),
                [&] { length = QString::fromUtf8(bytes).size(); });

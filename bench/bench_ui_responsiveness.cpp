@@ -18,6 +18,7 @@
 #include "demoinstance.h"
 #include "fakegiteaserver.h"
 #include "fixtures.h"
+#include "largetexts.h"
 #include "qmlservices.h"
 #include "simulationthread.h"
 #include "storagemode.h"
@@ -55,52 +56,8 @@ constexpr int inboxPullsEach = 20;
 constexpr qreal flingVelocity = 10000;
 const QString token = QStringLiteral("b3nch");
 
-/// A unified diff of many files with ~50-byte lines, `targetBytes` long; the file
-/// "middle/file.go" sits in the middle.
-QByteArray largeDiff(qsizetype targetBytes)
-{
-    QByteArray diff;
-    diff.reserve(targetBytes + 65536);
-    int file = 0;
-    auto addFile = [&diff](const QByteArray &name, int hunks) {
-        diff += "diff --git a/" + name + " b/" + name + "\nindex 83db48f..bf269f4 100644\n--- a/" +
-                name + "\n+++ b/" + name + "\n";
-        for (int hunk = 0; hunk < hunks; ++hunk) {
-            diff += "@@ -" + QByteArray::number(hunk * 40 + 1) + ",20 +" +
-                    QByteArray::number(hunk * 40 + 1) + ",21 @@ func f" + QByteArray::number(hunk) +
-                    "()\n";
-            for (int line = 0; line < 20; ++line) {
-                const char prefix = line % 7 == 3 ? '-' : (line % 5 == 1 ? '+' : ' ');
-                diff += prefix;
-                diff += "\tvalue := compute(input, " + QByteArray::number(line) + ") // note\n";
-            }
-        }
-    };
-    while (diff.size() < targetBytes / 2)
-        addFile("pkg/module" + QByteArray::number(file++) + "/source.go", 10);
-    addFile("middle/file.go", 2000);
-    while (diff.size() < targetBytes)
-        addFile("pkg/module" + QByteArray::number(file++) + "/source.go", 10);
-    return diff;
-}
-
-/// A job log with timestamps and ANSI colour codes, `targetBytes` long.
-QByteArray largeLog(qsizetype targetBytes)
-{
-    QByteArray log;
-    log.reserve(targetBytes + 256);
-    for (int i = 0; log.size() < targetBytes; ++i) {
-        log += "2024-05-01T10:21:" + QByteArray::number(10 + i % 50) + ".1234567Z ";
-        if (i % 9 == 0)
-            log += "\x1b[36m::group::Run step " + QByteArray::number(i) + "\x1b[0m\n";
-        else if (i % 13 == 0)
-            log += "\x1b[31mFAIL\x1b[0m\tnorrum.com/pkg/module" + QByteArray::number(i) + "\n";
-        else
-            log += "ok  \tnorrum.com/harbor/pkg/module" + QByteArray::number(i) +
-                   "\t0.412s coverage: 81.3% of statements\n";
-    }
-    return log;
-}
+/// The file the diff view opens: long, in the middle of the diff.
+const testing::NamedFile middleFile{"middle/file.cpp", 2000, 0.5};
 
 /// Ticks every 5 ms and keeps the longest gap.
 class Heartbeat
@@ -313,14 +270,11 @@ void runDiff(QQuickWindow *window, QQuickItem *stack)
         return model && !model->property("isLoading").toBool() &&
                model->property("count").toInt() > 0;
     };
-    for (const QString &file : {QStringLiteral("middle/file.go"), QStringLiteral("absent.go")}) {
+    for (const QString &file : {QString::fromUtf8(middleFile.name), QStringLiteral("absent.cpp")}) {
         QQuickItem *view = nullptr;
-        const QVariantMap properties{
-            {QStringLiteral("repo"), repo},
-            {QStringLiteral("prNumber"), 1},
-            {QStringLiteral("file"), QVariantMap{{QStringLiteral("filename"), file},
-                                                 {QStringLiteral("additions"), 0},
-                                                 {QStringLiteral("deletions"), 0}}}};
+        const QVariantMap properties{{QStringLiteral("repo"), repo},
+                                     {QStringLiteral("prNumber"), 1},
+                                     {QStringLiteral("filename"), file}};
         const Figures opened = open(window, stack, QStringLiteral("DiffView"), properties,
                                     diffLoaded, diffLoaded, Building::Counted, &view);
         const int lines = view->property("diff").value<QObject *>()->property("count").toInt();
@@ -384,8 +338,8 @@ int main(int argc, char *argv[])
     Storage::useEphemeral();
 
     // The inbox's simulation, and the large diff and log of pull request o/r#1 and its job 1.
-    const QByteArray diff = largeDiff(diffBytes);
-    const QByteArray log = largeLog(logBytes);
+    const QByteArray diff = testing::largeDiff(diffBytes, middleFile);
+    const QByteArray log = testing::largeLog(logBytes);
     const SimulationThread server(
         fixtures::largeInstanceSeed(inboxRepositories, inboxPullsEach, token),
         std::chrono::milliseconds(0), [&diff, &log](FakeGiteaServer &routes) {
