@@ -95,21 +95,18 @@ QCoro::Task<int> runAction(Arguments arguments, Session &session, Action action)
     // Every argument is checked, and a text read, before anything is sent.
     const PullRequestTarget target = targetArgument(arguments);
     const ActionInput input = readInput(action, arguments);
-    if (!ensureConfigured(session))
-        co_return ExitCode::Failure;
-
-    PRDetailViewModel model(session.settings(), target.repo, target.number);
-    const ProgressEcho progress(model);
-    if (!co_await loadPullRequest(model))
-        co_return ExitCode::Failure;
-    co_await perform(model, action, input);
-    // The load cleared any earlier error, so one now is this action's.
-    if (model.errorMessage()) {
-        console::printError(*model.errorMessage());
-        co_return ExitCode::Failure;
-    }
-    console::printLine(doneText(action, target, input));
-    co_return ExitCode::Success;
+    co_return co_await withPullRequest(session, target,
+                                       [&](PRDetailViewModel &model) -> QCoro::Task<int> {
+                                           co_await perform(model, action, input);
+                                           // The load cleared any earlier error, so one now is this
+                                           // action's.
+                                           if (model.errorMessage()) {
+                                               console::printError(*model.errorMessage());
+                                               co_return ExitCode::Failure;
+                                           }
+                                           console::printLine(doneText(action, target, input));
+                                           co_return ExitCode::Success;
+                                       });
 }
 
 const QString prArguments = QStringLiteral("OWNER/REPO");

@@ -1,6 +1,7 @@
 #include "detailsupport.h"
 
 #include "console.h"
+#include "exitcode.h"
 #include "inboxviewmodel.h"
 #include "prdetailviewmodel.h"
 #include "session.h"
@@ -62,14 +63,20 @@ bool ensureConfigured(Session &session, const QString &message)
     return false;
 }
 
-QCoro::Task<bool> loadPullRequest(PRDetailViewModel &model)
+QCoro::Task<int> withPullRequest(Session &session, const PullRequestTarget &target,
+                                 std::function<QCoro::Task<int>(PRDetailViewModel &)> act)
 {
+    if (!ensureConfigured(session))
+        co_return ExitCode::Failure;
+    PRDetailViewModel model(session.settings(), target.repo, target.number);
+    const ProgressEcho progress(model);
     co_await model.load();
-    if (model.hasPr())
-        co_return true;
-    // Without a pull request the screen shows "Couldn't load PR" over the model's error.
-    console::printError(model.errorMessage().value_or(QStringLiteral("Couldn't load PR")));
-    co_return false;
+    if (!model.hasPr()) {
+        // Without a pull request the screen shows "Couldn't load PR" over the model's error.
+        console::printError(model.errorMessage().value_or(QStringLiteral("Couldn't load PR")));
+        co_return ExitCode::Failure;
+    }
+    co_return co_await act(model);
 }
 
 ProgressEcho::ProgressEcho(PRDetailViewModel &model)

@@ -1,7 +1,7 @@
 #pragma once
 
 // What the commands about one pull request share: reading OWNER/REPO, NUMBER and TEXT arguments,
-// the configuration check, and loading the detail model as the detail screen does when it opens.
+// the configuration check, and opening the detail model as the detail screen does.
 
 #include "arguments.h"
 #include "records.h"
@@ -9,6 +9,7 @@
 #include <QCoroTask>
 #include <QObject>
 #include <QString>
+#include <functional>
 
 namespace kestrine {
 class PRDetailViewModel;
@@ -48,9 +49,12 @@ bool ensureConfigured(Session &session);
 /// and job log screens say "Not configured."): prints `message` instead.
 bool ensureConfigured(Session &session, const QString &message);
 
-/// The detail screen's load on appearance. Prints the model's error and answers false when the
-/// pull request itself could not be loaded.
-QCoro::Task<bool> loadPullRequest(PRDetailViewModel &model);
+/// Opens the pull request `target` names as the detail screen does: the configuration check, then
+/// the detail model's load, with its progress texts echoed (see ProgressEcho), then `act` on the
+/// loaded model. Gives act's exit code; prints the error and gives ExitCode::Failure when the
+/// settings are not configured or the pull request itself could not be loaded.
+QCoro::Task<int> withPullRequest(Session &session, const PullRequestTarget &target,
+                                 std::function<QCoro::Task<int>(PRDetailViewModel &)> act);
 
 /// Shows a model's progress texts ("Merging…") on standard error while that is a terminal, as
 /// the app shows them over the detail screen; scripts see nothing of it. Lives no longer than the

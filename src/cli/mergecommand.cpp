@@ -51,29 +51,25 @@ QCoro::Task<int> runMerge(Arguments arguments, Session &session)
 {
     const PullRequestTarget target = targetArgument(arguments);
     const QString method = methodArgument(arguments);
-    if (!ensureConfigured(session))
-        co_return ExitCode::Failure;
+    co_return co_await withPullRequest(
+        session, target, [&](PRDetailViewModel &model) -> QCoro::Task<int> {
+            // The gate as the merge sheet shows it for the runs just loaded.
+            const MergeGateDecision gate =
+                mergeGate(model.ciStatus(), session.settings().mergeGateMode());
+            if (!gate.allowed) {
+                console::printError(gate.noteText);
+                co_return ExitCode::Failure;
+            }
+            if (gate.hasNote() && !confirmed(gate, arguments.isSet(yesOption)))
+                co_return ExitCode::Failure;
 
-    PRDetailViewModel model(session.settings(), target.repo, target.number);
-    const ProgressEcho progress(model);
-    if (!co_await loadPullRequest(model))
-        co_return ExitCode::Failure;
-
-    // The gate as the merge sheet shows it for the runs just loaded.
-    const MergeGateDecision gate = mergeGate(model.ciStatus(), session.settings().mergeGateMode());
-    if (!gate.allowed) {
-        console::printError(gate.noteText);
-        co_return ExitCode::Failure;
-    }
-    if (gate.hasNote() && !confirmed(gate, arguments.isSet(yesOption)))
-        co_return ExitCode::Failure;
-
-    if (!co_await model.merge(method)) {
-        console::printError(model.errorMessage().value_or(QStringLiteral("Not merged.")));
-        co_return ExitCode::Failure;
-    }
-    console::printLine(QStringLiteral("Merged %1.").arg(target.displayName()));
-    co_return ExitCode::Success;
+            if (!co_await model.merge(method)) {
+                console::printError(model.errorMessage().value_or(QStringLiteral("Not merged.")));
+                co_return ExitCode::Failure;
+            }
+            console::printLine(QStringLiteral("Merged %1.").arg(target.displayName()));
+            co_return ExitCode::Success;
+        });
 }
 
 } // namespace

@@ -175,20 +175,17 @@ QJsonObject report(const PRDetailViewModel &model)
 QCoro::Task<int> runShow(Arguments arguments, Session &session)
 {
     const PullRequestTarget target = targetArgument(arguments);
-    if (!ensureConfigured(session))
-        co_return ExitCode::Failure;
-    PRDetailViewModel model(session.settings(), target.repo, target.number);
-    if (!co_await loadPullRequest(model))
-        co_return ExitCode::Failure;
-
-    if (arguments.isSet(jsonOption)) {
-        printJson(report(model));
-        co_return ExitCode::Success;
-    }
-    console::printLine(QStringList{header(model, target), description(*model.pr()),
-                                   conversation(model), files(model), checks(model)}
-                           .join(QStringLiteral("\n\n")));
-    co_return ExitCode::Success;
+    const bool asJson = arguments.isSet(jsonOption);
+    co_return co_await withPullRequest(
+        session, target, [&](PRDetailViewModel &model) -> QCoro::Task<int> {
+            if (asJson)
+                printJson(report(model));
+            else
+                console::printLine(QStringList{header(model, target), description(*model.pr()),
+                                               conversation(model), files(model), checks(model)}
+                                       .join(QStringLiteral("\n\n")));
+            co_return ExitCode::Success;
+        });
 }
 
 } // namespace
