@@ -48,6 +48,27 @@ public:
     QStringList posted;
 };
 
+/// The background refresh wired as the app wires it, over a scheduler that records and a center
+/// that keeps the titles it is given.
+struct WiredDelegate
+{
+    explicit WiredDelegate(SettingsStore &settings)
+        : service(settings, center)
+        , delegate(scheduler, service)
+    {}
+
+    /// Hands the registered refresh handler `task`, as the system does when the time comes.
+    void launch(BackgroundTask &task)
+    {
+        scheduler.handlers.value(AppDelegate::refreshTaskIdentifier)(&task);
+    }
+
+    RecordingScheduler scheduler;
+    SilentCenter center;
+    NotificationService service;
+    AppDelegate delegate;
+};
+
 } // namespace
 
 class TestAppDelegate : public QObject
@@ -83,55 +104,47 @@ private slots:
 
     void registersTheRefreshIdentifierOnly()
     {
-        RecordingScheduler scheduler;
-        SilentCenter center;
-        NotificationService service(stores->settings, center);
-        AppDelegate delegate(scheduler, service);
-        QVERIFY(delegate.registerBackgroundTask());
-        QCOMPARE(scheduler.registered, QStringList{QStringLiteral("com.norrum.kestrine.refresh")});
-        QVERIFY(scheduler.submissions.isEmpty()); // registering asks for no run by itself
+        WiredDelegate app(stores->settings);
+        QVERIFY(app.delegate.registerBackgroundTask());
+        QCOMPARE(app.scheduler.registered,
+                 QStringList{QStringLiteral("com.norrum.kestrine.refresh")});
+        QVERIFY(app.scheduler.submissions.isEmpty()); // registering asks for no run by itself
     }
 
     void launchAsksForTheNextRunFirstThenRunsAPassAndCompletes()
     {
-        RecordingScheduler scheduler;
-        SilentCenter center;
-        NotificationService service(stores->settings, center);
-        AppDelegate delegate(scheduler, service);
-        delegate.registerBackgroundTask();
+        WiredDelegate app(stores->settings);
+        app.delegate.registerBackgroundTask();
 
         int submissionsAtFirstRequest = -1;
         connect(server, &FakeGiteaServer::requestRecorded, this, [&] {
             if (submissionsAtFirstRequest < 0)
-                submissionsAtFirstRequest = int(scheduler.submissions.size());
+                submissionsAtFirstRequest = int(app.scheduler.submissions.size());
         });
         BackgroundTask task(AppDelegate::refreshTaskIdentifier);
         QSignalSpy completed(&task, &BackgroundTask::completed);
         const QDateTime before = QDateTime::currentDateTimeUtc();
-        scheduler.handlers.value(AppDelegate::refreshTaskIdentifier)(&task);
+        app.launch(task);
 
-        QCOMPARE(scheduler.submissions.size(), 1);
-        QCOMPARE(scheduler.submissions[0].first, QStringLiteral("com.norrum.kestrine.refresh"));
-        const qint64 ahead = before.secsTo(scheduler.submissions[0].second);
+        QCOMPARE(app.scheduler.submissions.size(), 1);
+        QCOMPARE(app.scheduler.submissions[0].first, QStringLiteral("com.norrum.kestrine.refresh"));
+        const qint64 ahead = before.secsTo(app.scheduler.submissions[0].second);
         QVERIFY2(ahead >= 900 && ahead <= 901, qPrintable(QString::number(ahead)));
         QTRY_COMPARE(completed.count(), 1);
         QCOMPARE(completed[0][0].toBool(), true);
         QCOMPARE(submissionsAtFirstRequest, 1);
-        QCOMPARE(center.posted, QStringList{QStringLiteral("New PR")});
+        QCOMPARE(app.center.posted, QStringList{QStringLiteral("New PR")});
     }
 
     void launchWithNotificationsOffCompletesSuccessfullyWithoutTouchingTheState()
     {
         stores->settings.setNotificationsEnabled(false);
-        RecordingScheduler scheduler;
-        scheduler.acceptSubmissions = false; // a refused request is dropped silently
-        SilentCenter center;
-        NotificationService service(stores->settings, center);
-        AppDelegate delegate(scheduler, service);
-        delegate.registerBackgroundTask();
+        WiredDelegate app(stores->settings);
+        app.scheduler.acceptSubmissions = false; // a refused request is dropped silently
+        app.delegate.registerBackgroundTask();
         BackgroundTask task(AppDelegate::refreshTaskIdentifier);
         QSignalSpy completed(&task, &BackgroundTask::completed);
-        scheduler.handlers.value(AppDelegate::refreshTaskIdentifier)(&task);
+        app.launch(task);
         QTRY_COMPARE(completed.count(), 1);
         QCOMPARE(completed[0][0].toBool(), true);
         QVERIFY(server->requests().isEmpty());
@@ -144,14 +157,11 @@ private slots:
             FakeResponse::json(R"([{"id":5,"number":7,"title":"T","state":"open"}])");
         slow.delay = std::chrono::milliseconds(5000);
         server->route("GET", QStringLiteral("/api/v1/repos/ann/tool/pulls"), slow);
-        RecordingScheduler scheduler;
-        SilentCenter center;
-        NotificationService service(stores->settings, center);
-        AppDelegate delegate(scheduler, service);
-        delegate.registerBackgroundTask();
+        WiredDelegate app(stores->settings);
+        app.delegate.registerBackgroundTask();
         BackgroundTask task(AppDelegate::refreshTaskIdentifier);
         QSignalSpy completed(&task, &BackgroundTask::completed);
-        scheduler.handlers.value(AppDelegate::refreshTaskIdentifier)(&task);
+        app.launch(task);
         QTRY_COMPARE(server->requests().size(), 2);
         QElapsedTimer timer;
         timer.start();
@@ -159,7 +169,7 @@ private slots:
         QTRY_COMPARE(completed.count(), 1);
         QVERIFY(timer.elapsed() < 2000);
         QCOMPARE(completed[0][0].toBool(), true);
-        QVERIFY(center.posted.isEmpty());
+        QVERIFY(app.center.posted.isEmpty());
         QVERIFY(!QFile::exists(NotificationState::defaultFilePath())); // nothing half-done is saved
     }
 

@@ -26,6 +26,7 @@
 
 using namespace kestrine;
 using kestrine::testing::ChildResult;
+using kestrine::testing::environmentWithoutABus;
 using kestrine::testing::keychainGet;
 using kestrine::testing::keychainRemove;
 using kestrine::testing::keychainSet;
@@ -376,12 +377,7 @@ private slots:
     {
         QTemporaryDir dir;
         QVERIFY(dir.isValid());
-        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        // A unix socket path where nothing listens: no bus, so no Secret Service either.
-        environment.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"),
-                           QStringLiteral("unix:path=") + dir.filePath(QStringLiteral("no-bus")));
-        environment.remove(QStringLiteral("DISPLAY"));
-        environment.remove(QStringLiteral("WAYLAND_DISPLAY"));
+        const QProcessEnvironment environment = environmentWithoutABus(dir.path());
 
         const ChildResult child =
             runChild(QCoreApplication::applicationFilePath(),

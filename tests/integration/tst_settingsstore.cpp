@@ -31,10 +31,11 @@
 
 using namespace kestrine;
 using kestrine::testing::ChildResult;
+using kestrine::testing::environmentWithoutABus;
 using kestrine::testing::keychainGet;
 using kestrine::testing::keychainSet;
-using kestrine::testing::runChild;
 using kestrine::testing::LoadedSettingsStore;
+using kestrine::testing::runChild;
 using kestrine::testing::runToEnd;
 using kestrine::testing::SecretServiceProbe;
 using kestrine::testing::settled;
@@ -847,11 +848,7 @@ private slots:
     {
         QTemporaryDir dir;
         QVERIFY(dir.isValid());
-        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        environment.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"),
-                           QStringLiteral("unix:path=") + dir.filePath(QStringLiteral("no-bus")));
-        environment.remove(QStringLiteral("DISPLAY"));
-        environment.remove(QStringLiteral("WAYLAND_DISPLAY"));
+        const QProcessEnvironment environment = environmentWithoutABus(dir.path());
 
         const ChildResult child = runChild(offlineChild, environment);
         QVERIFY2(child.finished, "the store hung without a keychain");

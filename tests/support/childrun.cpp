@@ -1,5 +1,6 @@
 #include "childrun.h"
 
+#include <QDir>
 #include <QElapsedTimer>
 #include <QJsonDocument>
 #include <QProcess>
@@ -26,6 +27,17 @@ ChildResult runChild(const QString &program, const QStringList &arguments,
     result.output = QJsonDocument::fromJson(lines.last()).object();
     result.stderrText = QString::fromLocal8Bit(child.readAllStandardError());
     return result;
+}
+
+QProcessEnvironment environmentWithoutABus(const QString &emptyDir)
+{
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"),
+                       QStringLiteral("unix:path=") +
+                           QDir(emptyDir).filePath(QStringLiteral("no-bus")));
+    environment.remove(QStringLiteral("DISPLAY"));
+    environment.remove(QStringLiteral("WAYLAND_DISPLAY"));
+    return environment;
 }
 
 } // namespace kestrine::testing

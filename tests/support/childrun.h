@@ -27,4 +27,9 @@ struct ChildResult
 ChildResult runChild(const QString &program, const QStringList &arguments,
                      const QProcessEnvironment &environment);
 
+/// This process's environment without a session bus, and so without a Secret Service or a
+/// notification server: the bus address is a socket path in `emptyDir` where nothing listens, and
+/// there is no display either.
+QProcessEnvironment environmentWithoutABus(const QString &emptyDir);
+
 } // namespace kestrine::testing

@@ -26,7 +26,15 @@ inline void keychainRemove(const QString &key)
     runToEnd(KeychainHelper::remove(key));
 }
 
-/// A settings store as a program has it once its entry has awaited the load.
+/// Waits until every keychain write `store` was asked for is done.
+inline void settled(SettingsStore &store)
+{
+    runToEnd(store.settle());
+}
+
+/// A settings store as a program has it once its entry has awaited the load. Like a program at
+/// its exit it waits for its keychain writes before it goes, so that none is still under way when
+/// the next test looks at the keychain.
 class LoadedSettingsStore : public SettingsStore
 {
 public:
@@ -35,12 +43,7 @@ public:
     {
         runToEnd(load());
     }
+    ~LoadedSettingsStore() override { settled(*this); }
 };
-
-/// Waits until every keychain write `store` was asked for is done.
-inline void settled(SettingsStore &store)
-{
-    runToEnd(store.settle());
-}
 
 } // namespace kestrine::testing
