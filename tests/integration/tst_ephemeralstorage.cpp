@@ -4,27 +4,31 @@
 // would have left them.
 
 #include "cachedirectory.h"
+#include "childrun.h"
 #include "defaultsstore.h"
 #include "inboxcache.h"
 #include "keychainhelper.h"
 #include "keychainsteps.h"
 #include "logstore.h"
+#include "secretserviceprobe.h"
 #include "settingsstore.h"
 #include "storagemode.h"
 #include "testfiles.h"
-#include "tst_keychainprobe.h"
 
 #include <QDir>
 #include <QFile>
-#include <QProcess>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QStandardPaths>
 #include <QtTest>
 
 using namespace kestrine;
+using kestrine::testing::appSecret;
+using kestrine::testing::ChildResult;
 using kestrine::testing::keychainSet;
 using kestrine::testing::LoadedSettingsStore;
 using kestrine::testing::readFile;
-using kestrine::testing::SecretServiceProbe;
+using kestrine::testing::runChild;
 using kestrine::testing::userDefaultsPath;
 using kestrine::testing::writeFile;
 
@@ -47,25 +51,11 @@ QString userCachePath()
            QStringLiteral("/norrum/kestrine/inbox.json");
 }
 
-/// The secret the Secret Service itself holds for one of the app's keys.
-QByteArray storedSecret(const QString &key)
+/// Runs this test program as a child in `mode`; what it prints is {"answer": ...}.
+ChildResult runInChild(const char *mode)
 {
-    return SecretServiceProbe::onlySecret(QString(KeychainHelper::service), key);
-}
-
-struct ChildResult
-{
-    int exitCode = -1;
-    QByteArray output;
-};
-
-ChildResult runChild(const char *mode)
-{
-    QProcess child;
-    child.start(QCoreApplication::applicationFilePath(), {QString::fromLatin1(mode)});
-    child.waitForFinished(30000);
-    return {child.exitStatus() == QProcess::NormalExit ? child.exitCode() : -1,
-            child.readAllStandardOutput().trimmed()};
+    return runChild(QCoreApplication::applicationFilePath(), {QString::fromLatin1(mode)},
+                    QProcessEnvironment::systemEnvironment());
 }
 
 } // namespace
@@ -81,8 +71,8 @@ private slots:
         QVERIFY(!Storage::isEphemeral());
         keychainSet(savedURL, QString(SettingsStore::instanceURLKey));
         keychainSet(savedToken, QString(SettingsStore::tokenKey));
-        QCOMPARE(storedSecret(QStringLiteral("instanceURL")), savedURL.toUtf8());
-        QCOMPARE(storedSecret(QStringLiteral("token")), savedToken.toUtf8());
+        QCOMPARE(appSecret(QStringLiteral("instanceURL")), savedURL.toUtf8());
+        QCOMPARE(appSecret(QStringLiteral("token")), savedToken.toUtf8());
         QVERIFY(writeFile(userDefaultsPath(), savedDefaults));
         QVERIFY(writeFile(userCachePath(), savedInbox));
     }
@@ -130,8 +120,8 @@ private slots:
         QCOMPARE(again.notificationsEnabled(), true);
 
         // ...while the user's keychain and defaults file hold what they held.
-        QCOMPARE(storedSecret(QStringLiteral("instanceURL")), savedURL.toUtf8());
-        QCOMPARE(storedSecret(QStringLiteral("token")), savedToken.toUtf8());
+        QCOMPARE(appSecret(QStringLiteral("instanceURL")), savedURL.toUtf8());
+        QCOMPARE(appSecret(QStringLiteral("token")), savedToken.toUtf8());
         QCOMPARE(readFile(userDefaultsPath()), savedDefaults);
         QVERIFY(defaultsStore().fileName().startsWith(Storage::ephemeralDirectory()));
     }
@@ -156,20 +146,27 @@ private slots:
 
     void tooLateOnceTheDefaultsStoreIsOpen()
     {
-        const ChildResult child = runChild(tooLateChild);
-        QCOMPARE(child.exitCode, 0);
-        QCOMPARE(child.output, QByteArray("refused"));
+        const ChildResult child = runInChild(tooLateChild);
+        QVERIFY2(child.exitCode == 0, qPrintable(child.stderrText));
+        QCOMPARE(child.output.value("answer").toString(), QStringLiteral("refused"));
     }
 
     void thePrivateFolderGoesWithTheProcess()
     {
-        const ChildResult child = runChild(folderChild);
-        QCOMPARE(child.exitCode, 0);
-        const QString folder = QString::fromLocal8Bit(child.output);
+        const ChildResult child = runInChild(folderChild);
+        QVERIFY2(child.exitCode == 0, qPrintable(child.stderrText));
+        const QString folder = child.output.value("answer").toString();
         QVERIFY(!folder.isEmpty());
         QVERIFY2(!QDir(folder).exists(), qPrintable(folder));
     }
 };
+
+/// What a child tells its parent, as the last line of its output.
+void printAnswer(const QString &answer)
+{
+    const QJsonObject line{{QStringLiteral("answer"), answer}};
+    printf("%s\n", QJsonDocument(line).toJson(QJsonDocument::Compact).constData());
+}
 
 int main(int argc, char *argv[])
 {
@@ -177,7 +174,7 @@ int main(int argc, char *argv[])
     if (argc >= 2 && qstrcmp(argv[1], tooLateChild) == 0) {
         defaultsStore().value(QStringLiteral("mergeGateMode"));
         const bool switched = Storage::useEphemeral();
-        printf("%s\n", switched || Storage::isEphemeral() ? "switched" : "refused");
+        printAnswer(switched || Storage::isEphemeral() ? "switched" : "refused");
         return 0;
     }
     if (argc >= 2 && qstrcmp(argv[1], folderChild) == 0) {
@@ -185,7 +182,7 @@ int main(int argc, char *argv[])
             return 1;
         // Use it, so that there is something to remove.
         LoadedSettingsStore().setMergeGateMode(MergeGateMode::Block);
-        printf("%s\n", qPrintable(Storage::ephemeralDirectory()));
+        printAnswer(Storage::ephemeralDirectory());
         return 0;
     }
     TestEphemeralStorage test;

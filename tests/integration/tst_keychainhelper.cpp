@@ -6,7 +6,7 @@
 #include "keychainhelper.h"
 #include "keychainsteps.h"
 #include "optionalprinting.h"
-#include "tst_keychainprobe.h"
+#include "secretserviceprobe.h"
 
 #include <QDBusConnection>
 #include <QDBusError>

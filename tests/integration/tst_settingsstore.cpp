@@ -12,8 +12,8 @@
 #include "optionalprinting.h"
 #include "outcome.h"
 #include "qmlservices.h"
+#include "secretserviceprobe.h"
 #include "settingsstore.h"
-#include "tst_keychainprobe.h"
 
 #include <QElapsedTimer>
 #include <QFile>

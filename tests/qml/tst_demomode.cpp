@@ -11,10 +11,10 @@
 #include "logstore.h"
 #include "notificationpass.h"
 #include "outcome.h"
+#include "secretserviceprobe.h"
 #include "settingsstore.h"
 #include "storagemode.h"
 #include "testfiles.h"
-#include "tst_keychainprobe.h"
 
 #include <QDir>
 #include <QNetworkReply>
@@ -25,10 +25,10 @@
 #include <optional>
 
 using namespace kestrine;
+using kestrine::testing::appSecret;
 using kestrine::testing::keychainSet;
 using kestrine::testing::readFile;
 using kestrine::testing::runToEnd;
-using kestrine::testing::SecretServiceProbe;
 using kestrine::testing::userDefaultsPath;
 using kestrine::testing::writeFile;
 
@@ -45,12 +45,6 @@ QString userCacheFolder()
 {
     return QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation) +
            QStringLiteral("/norrum/kestrine");
-}
-
-/// The secret the Secret Service itself holds for one of the app's keys.
-QByteArray storedSecret(const QString &key)
-{
-    return SecretServiceProbe::onlySecret(QString(KeychainHelper::service), key);
 }
 
 QObject *child(QObject *root, const char *name)
@@ -117,8 +111,8 @@ private slots:
         QVERIFY(app.log()->count() > 5);
 
         // The user's own stores hold what they held before.
-        QCOMPARE(storedSecret(QStringLiteral("instanceURL")), savedURL.toUtf8());
-        QCOMPARE(storedSecret(QStringLiteral("token")), savedToken.toUtf8());
+        QCOMPARE(appSecret(QStringLiteral("instanceURL")), savedURL.toUtf8());
+        QCOMPARE(appSecret(QStringLiteral("token")), savedToken.toUtf8());
         QCOMPARE(readFile(userDefaultsPath()), savedDefaults);
         const QStringList cacheFiles = QDir(userCacheFolder()).entryList(QDir::Files);
         QCOMPARE(cacheFiles, QStringList{QStringLiteral("inbox.json")});

@@ -1,4 +1,6 @@
-#include "tst_keychainprobe.h"
+#include "secretserviceprobe.h"
+
+#include "keychainhelper.h"
 
 #include <QDBusArgument>
 #include <QDBusConnection>
@@ -116,6 +118,11 @@ QByteArray SecretServiceProbe::onlySecret(const QString &service, const QString 
 QString SecretServiceProbe::lastError()
 {
     return errorText();
+}
+
+QByteArray appSecret(const QString &key)
+{
+    return SecretServiceProbe::onlySecret(QString(KeychainHelper::service), key);
 }
 
 } // namespace kestrine::testing

@@ -39,4 +39,8 @@ public:
     static QString lastError();
 };
 
+/// The secret the Secret Service itself holds for the app's key `key` (see
+/// SecretServiceProbe::onlySecret).
+QByteArray appSecret(const QString &key);
+
 } // namespace kestrine::testing
