@@ -1203,6 +1203,15 @@ seed = {
                 },
             ],
             "runs": harbor_runs,
+            # Beside Actions, a coverage service reports on the same head commit.
+            "statuses": {
+                H142: [
+                    {"context": "coverage/codecov", "status": "success", "creator": "erik",
+                     "description": "84.2% (+0.6%) compared to main",
+                     "target_url": "https://codecov.norrum.example/gh/norrum/harbor/pull/142",
+                     "created_at": ago(minutes=38)},
+                ],
+            },
         },
         {
             "id": 22, "owner": "norrum", "name": "kestrel-web",
@@ -1311,6 +1320,19 @@ seed = {
                     "diff": docs_diff,
                 },
             ],
+            # The handbook is built by Woodpecker, not Actions: its checks come as commit statuses.
+            "statuses": {
+                D17: [
+                    {"context": "ci/woodpecker/pr/links", "status": "failure", "creator": "tomas",
+                     "description": "2 broken links in release-checklist.md",
+                     "target_url": "https://ci.norrum.example/repos/24/pipeline/218/2",
+                     "created_at": ago(days=4, minutes=-3)},
+                    {"context": "ci/woodpecker/pr/site", "status": "pending", "creator": "tomas",
+                     "description": "Pipeline is running",
+                     "target_url": "https://ci.norrum.example/repos/24/pipeline/218/1",
+                     "created_at": ago(days=4, minutes=-2)},
+                ],
+            },
         },
         {
             "id": 26, "owner": "norrum", "name": "sandbox",

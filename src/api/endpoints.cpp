@@ -41,8 +41,11 @@ struct ListEnvelope
 
 constexpr char workflowRunsKey[] = "workflow_runs";
 constexpr char jobsKey[] = "jobs";
+constexpr char statusesKey[] = "statuses";
 using RunsEnvelope = ListEnvelope<ActionRun, workflowRunsKey>;
 using JobsEnvelope = ListEnvelope<ActionJob, jobsKey>;
+/// The combined status of a commit: its "state", "sha" and "repository" are not read.
+using CombinedStatusEnvelope = ListEnvelope<CommitStatus, statusesKey>;
 
 struct MergeBody
 {
@@ -309,6 +312,14 @@ QCoro::Task<PagedList<ActionJob>> GiteaClient::jobs(QString owner, QString repo,
 {
     return fetchEnvelopePages<JobsEnvelope>(*this,
                                             runPath(owner, repo, runID) + QStringLiteral("/jobs"));
+}
+
+QCoro::Task<PagedList<CommitStatus>> GiteaClient::commitStatuses(QString owner, QString repo,
+                                                                 QString sha) const
+{
+    return fetchEnvelopePages<CombinedStatusEnvelope>(*this, repoPath(owner, repo) +
+                                                                 QStringLiteral("/commits/") + sha +
+                                                                 QStringLiteral("/status"));
 }
 
 QCoro::Task<QString> GiteaClient::jobLogs(QString owner, QString repo, qint64 jobID) const

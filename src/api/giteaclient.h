@@ -86,6 +86,9 @@ public:
     QCoro::Task<PagedList<ActionJob>> jobs(QString owner, QString repo, qint64 runID) const;
     /// A job's raw log as text; a body that is not UTF-8 is an invalid response.
     QCoro::Task<QString> jobLogs(QString owner, QString repo, qint64 jobID) const;
+    /// The latest status of each context on commit `sha` (GET commits/{sha}/status), every page.
+    QCoro::Task<PagedList<CommitStatus>> commitStatuses(QString owner, QString repo,
+                                                        QString sha) const;
     QCoro::Task<> rerun(QString owner, QString repo, qint64 runID) const;
     /// `method` is Gitea's "Do" value: "merge", "rebase" or "squash".
     QCoro::Task<> merge(QString owner, QString repo, qint64 number, QString method,

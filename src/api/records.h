@@ -322,4 +322,32 @@ struct ActionJob
     bool operator==(const ActionJob &) const = default;
 };
 
+/// One context's latest status on a commit, as any CI reports it through Gitea (Woodpecker, Drone,
+/// Jenkins, and Gitea Actions itself, which posts one per job).
+struct CommitStatus
+{
+    qint64 id = 0;
+    /// "pending", "success", "error", "failure" or "warning".
+    std::optional<QString> status;
+    std::optional<QString> context;
+    std::optional<QString> description;
+    std::optional<QString> targetUrl;
+    std::optional<QDateTime> createdAt;
+    std::optional<QDateTime> updatedAt;
+
+    static constexpr auto fields()
+    {
+        return std::tuple{
+            field("id", &CommitStatus::id),
+            field("status", &CommitStatus::status),
+            field("context", &CommitStatus::context),
+            field("description", &CommitStatus::description),
+            field("target_url", &CommitStatus::targetUrl),
+            field("created_at", &CommitStatus::createdAt),
+            field("updated_at", &CommitStatus::updatedAt),
+        };
+    }
+    bool operator==(const CommitStatus &) const = default;
+};
+
 } // namespace kestrine

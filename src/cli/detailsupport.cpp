@@ -70,7 +70,7 @@ QCoro::Task<int> withPullRequest(Session &session, const PullRequestTarget &targ
         co_return ExitCode::Failure;
     PRDetailViewModel model(session.settings(), target.repo, target.number);
     const ProgressEcho progress(model);
-    co_await model.load();
+    co_await model.loadWithStatuses();
     if (!model.hasPr()) {
         // Without a pull request the screen shows "Couldn't load PR" over the model's error.
         console::printError(model.errorMessage().value_or(QStringLiteral("Couldn't load PR")));

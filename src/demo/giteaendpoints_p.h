@@ -80,6 +80,8 @@ HttpAnswer listCommits(Call &call);
 HttpAnswer listRuns(Call &call);
 HttpAnswer listJobs(Call &call);
 HttpAnswer jobLogs(Call &call);
+/// GET commits/{ref}/status: the statuses of other CI and those Actions posts for each job.
+HttpAnswer combinedStatus(Call &call);
 
 HttpAnswer mergePull(Call &call, const QJsonObject &body);
 HttpAnswer updatePull(Call &call);

@@ -490,6 +490,21 @@ QJsonObject Renderer::run(const Repository &repo, const Run &run) const
     return json;
 }
 
+QJsonObject Renderer::commitStatus(const Repository &repo, const CommitStatus &status) const
+{
+    return QJsonObject{
+        {QStringLiteral("id"), status.id},
+        {QStringLiteral("status"), status.state},
+        {QStringLiteral("target_url"), status.targetUrl},
+        {QStringLiteral("description"), status.description},
+        {QStringLiteral("url"), apiUrl(repo) + QStringLiteral("/statuses/") + status.sha},
+        {QStringLiteral("context"), status.context},
+        {QStringLiteral("creator"), user(status.creatorId)},
+        {QStringLiteral("created_at"), goTime(status.createdAt)},
+        {QStringLiteral("updated_at"), goTime(status.createdAt)},
+    };
+}
+
 QJsonObject Renderer::job(const Repository &repo, const Run &run, const Job &job) const
 {
     QJsonArray steps;

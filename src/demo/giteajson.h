@@ -44,6 +44,7 @@ public:
     QJsonObject commit(const Repository &repo, const Commit &commit) const;
     QJsonObject run(const Repository &repo, const Run &run) const;
     QJsonObject job(const Repository &repo, const Run &run, const Job &job) const;
+    QJsonObject commitStatus(const Repository &repo, const CommitStatus &status) const;
 
 private:
     QJsonObject repository(const Repository &repo, Access access) const;

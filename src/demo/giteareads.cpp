@@ -226,6 +226,100 @@ HttpAnswer listJobs(Call &call)
     return response;
 }
 
+namespace {
+
+/// The status Gitea Actions posts for one job of a run: its context is "workflow / job (event)",
+/// its target the job's page in the run.
+CommitStatus actionsStatus(const Call &call, const Run &run, qsizetype jobIndex)
+{
+    const Job &job = run.jobs.at(jobIndex);
+    CommitStatus status;
+    status.id = job.id;
+    status.sha = run.headSha;
+    status.context = QStringLiteral("%1 / %2 (%3)").arg(run.workflow, job.name, run.event);
+    if (job.status != u"completed")
+        status.state = QStringLiteral("pending");
+    else if (job.conclusion == u"failure")
+        status.state = QStringLiteral("failure");
+    else if (job.conclusion == u"cancelled")
+        status.state = QStringLiteral("error");
+    else
+        status.state = QStringLiteral("success");
+    status.description = job.status == u"completed" ? QStringLiteral("Has been completed")
+                                                    : QStringLiteral("Waiting to run");
+    status.targetUrl = call.json.htmlUrl(*call.repo) +
+                       QStringLiteral("/actions/runs/%1/jobs/%2").arg(run.runNumber).arg(jobIndex);
+    status.creatorId = run.actorId;
+    status.createdAt = job.createdAt.isValid() ? job.createdAt : run.createdAt;
+    return status;
+}
+
+/// Gitea's combined state: the worst of the statuses, "" without any.
+QString combinedState(const QList<CommitStatus> &statuses)
+{
+    const QStringList worstFirst{QStringLiteral("error"), QStringLiteral("failure"),
+                                 QStringLiteral("warning"), QStringLiteral("pending"),
+                                 QStringLiteral("success")};
+    for (const QString &state : worstFirst) {
+        for (const CommitStatus &status : statuses) {
+            if (status.state == state)
+                return state;
+        }
+    }
+    return {};
+}
+
+bool isKnownCommit(const Repository &repo, const QString &sha)
+{
+    const auto pullHas = [&sha](const PullRequest &pull) {
+        return pull.headSha == sha || pull.mergeBase == sha ||
+               std::any_of(pull.commits.cbegin(), pull.commits.cend(),
+                           [&sha](const Commit &c) { return c.sha == sha; });
+    };
+    return std::any_of(repo.pulls.cbegin(), repo.pulls.cend(), pullHas) ||
+           std::any_of(repo.branches.cbegin(), repo.branches.cend(),
+                       [&sha](const Branch &b) { return b.commit == sha; });
+}
+
+} // namespace
+
+HttpAnswer combinedStatus(Call &call)
+{
+    const QString sha = call.params.value(QStringLiteral("ref"));
+    if (!isKnownCommit(*call.repo, sha))
+        return call.notFound();
+    // The latest status of each context, newest first, as Gitea lists them.
+    QList<CommitStatus> statuses;
+    for (const Run &run : call.repo->runs) {
+        for (qsizetype i = 0; run.headSha == sha && i < run.jobs.size(); ++i)
+            statuses.append(actionsStatus(call, run, i));
+    }
+    for (const CommitStatus &status : call.repo->statuses) {
+        if (status.sha == sha)
+            statuses.append(status);
+    }
+    std::stable_sort(
+        statuses.begin(), statuses.end(),
+        [](const CommitStatus &a, const CommitStatus &b) { return a.createdAt > b.createdAt; });
+    const Page page = pageOf(call);
+    QJsonArray items;
+    for (const CommitStatus &status : page.of(statuses))
+        items.append(call.json.commitStatus(*call.repo, status));
+    HttpAnswer response = call.answer(QJsonObject{
+        {QStringLiteral("state"), combinedState(statuses)},
+        {QStringLiteral("sha"), sha},
+        {QStringLiteral("total_count"), qint64(statuses.size())},
+        {QStringLiteral("statuses"), items},
+        {QStringLiteral("repository"), call.json.repository(*call.repo)},
+        {QStringLiteral("commit_url"),
+         call.json.apiUrl(*call.repo) + QStringLiteral("/git/commits/") + sha},
+        {QStringLiteral("url"), call.json.apiUrl(*call.repo) + QStringLiteral("/commits/") + sha +
+                                    QStringLiteral("/status")},
+    });
+    response.headers = linkHeaders(call, statuses.size(), page);
+    return response;
+}
+
 HttpAnswer jobLogs(Call &call)
 {
     const auto found = call.repo->job(call.params.value(QStringLiteral("job")).toLongLong());

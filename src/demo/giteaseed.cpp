@@ -19,6 +19,9 @@ const QStringList fileStatuses{QStringLiteral("added"),   QStringLiteral("delete
                                QStringLiteral("changed"), QStringLiteral("unchanged")};
 const QStringList runStatuses{QStringLiteral("queued"), QStringLiteral("waiting"),
                               QStringLiteral("in_progress"), QStringLiteral("completed")};
+const QStringList commitStates{QStringLiteral("pending"), QStringLiteral("success"),
+                               QStringLiteral("error"), QStringLiteral("failure"),
+                               QStringLiteral("warning")};
 const QStringList conclusions{QStringLiteral("success"), QStringLiteral("failure"),
                               QStringLiteral("cancelled"), QStringLiteral("skipped")};
 
@@ -343,6 +346,7 @@ private:
         for (const Fields &pull : f.children(QLatin1String("pulls")))
             repo.pulls.append(readPull(pull, repo));
         readRuns(f, repo);
+        readStatuses(f, repo);
         return repo;
     }
 
@@ -503,6 +507,33 @@ private:
                 const QString runWhere = QStringLiteral("%1[%2]").arg(where).arg(i);
                 repo.runs.append(
                     readRun(Fields(asObject(runs.at(i), runWhere), runWhere), it.key()));
+            }
+        }
+    }
+
+    /// "statuses": {sha: [{context, status, description, target_url, creator, created_at}]}.
+    void readStatuses(const Fields &f, Repository &repo) const
+    {
+        const QJsonObject bySha = f.object(QLatin1String("statuses"));
+        for (auto it = bySha.begin(); it != bySha.end(); ++it) {
+            const QString where = f.where() + QStringLiteral(".statuses.") + it.key();
+            if (!it.value().isArray())
+                refuse(where, QStringLiteral("not a list"));
+            const QJsonArray statuses = it.value().toArray();
+            for (qsizetype i = 0; i < statuses.size(); ++i) {
+                const QString statusWhere = QStringLiteral("%1[%2]").arg(where).arg(i);
+                const Fields s(asObject(statuses.at(i), statusWhere), statusWhere);
+                CommitStatus status;
+                status.sha = it.key();
+                status.context = s.requiredText(QLatin1String("context"));
+                status.state =
+                    s.oneOf(QLatin1String("status"), commitStates, QStringLiteral("success"));
+                status.description = s.text(QLatin1String("description"));
+                status.targetUrl = s.text(QLatin1String("target_url"));
+                status.creatorId = userRef(s, QLatin1String("creator"));
+                status.createdAt = s.date(QLatin1String("created_at"));
+                status.id = repo.statuses.size() + 1;
+                repo.statuses.append(status);
             }
         }
     }

@@ -84,6 +84,8 @@ const QList<GiteaSimulation::Route> &GiteaSimulation::routes()
         {"POST", actions + QStringLiteral("/runs/{run}/rerun"), rerunRun, true,
          Guard::TokenNotArchived},
         {"GET", actions + QStringLiteral("/jobs/{job}/logs"), jobLogs, true, Guard::None},
+        {"GET", QStringLiteral("/repos/{owner}/{repo}/commits/{ref}/status"), combinedStatus, true,
+         Guard::None},
     };
     return table;
 }

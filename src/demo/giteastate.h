@@ -182,6 +182,20 @@ struct Run
     QList<Job> jobs;
 };
 
+/// A status another CI (not Actions) reported on a commit.
+struct CommitStatus
+{
+    qint64 id = 0;
+    QString sha;
+    QString context;
+    /// "pending", "success", "error", "failure" or "warning".
+    QString state;
+    QString description;
+    QString targetUrl;
+    qint64 creatorId = 0;
+    QDateTime createdAt;
+};
+
 struct Branch
 {
     QString name;
@@ -215,6 +229,8 @@ struct Repository
     QList<PullRequest> pulls;
     /// Newest last; the API lists them newest first.
     QList<Run> runs;
+    /// Statuses of other CI, oldest first. Those Actions posts are made from the runs.
+    QList<CommitStatus> statuses;
 
     PullRequest *pull(int number);
     const PullRequest *pull(int number) const;

@@ -5,6 +5,7 @@
 
 #include <QDateTime>
 #include <QQmlEngine>
+#include <QUrl>
 
 namespace kestrine {
 namespace {
@@ -152,6 +153,44 @@ RunsModel::RunsModel(QObject *parent)
           },
           parent)
 {}
+
+CommitStatusesModel::CommitStatusesModel(QObject *parent)
+    : KeyedListModel(idOf<CommitStatus>,
+                     {
+                         {"context",
+                          [](const CommitStatus &s) {
+                              return s.context.value_or(QString());
+                          }},
+                         {"description",
+                          [](const CommitStatus &s) {
+                              return s.description.value_or(QString());
+                          }},
+                         {"ciStatus",
+                          [](const CommitStatus &s) {
+                              return int(CIStatus::forStatus(s));
+                          }},
+                         {"state",
+                          [](const CommitStatus &s) {
+                              return s.status.value_or(QString()).toLower();
+                          }},
+                         {"detailsUrl",
+                          [](const CommitStatus &s) {
+                              return webPageAddress(s.targetUrl);
+                          }},
+                     },
+                     parent)
+{}
+
+QString webPageAddress(const std::optional<QString> &address)
+{
+    if (!address)
+        return {};
+    const QUrl url(*address, QUrl::StrictMode);
+    // QUrl keeps schemes lower-cased, so "HTTPS:" is "https" here.
+    const bool webPage = url.isValid() && (url.scheme() == u"http" || url.scheme() == u"https") &&
+                         !url.host().isEmpty();
+    return webPage ? *address : QString();
+}
 
 JobsModel *RunsModel::jobsOf(qint64 runID)
 {

@@ -61,4 +61,17 @@ private:
     QHash<qint64, JobsModel *> m_jobs;
 };
 
+/// The statuses other CI than Actions reported on a head commit, by id. Roles: context and
+/// description ("" when absent), ciStatus (CIStatus::forStatus), state (the status word in lower
+/// case), detailsUrl (the target when it is an http or https address with a host, else "").
+class CommitStatusesModel : public KeyedListModel<CommitStatus, qint64>
+{
+public:
+    explicit CommitStatusesModel(QObject *parent = nullptr);
+};
+
+/// `address` when it is an absolute http or https URL with a host, else "": the only addresses a
+/// screen offers to open.
+QString webPageAddress(const std::optional<QString> &address);
+
 } // namespace kestrine

@@ -11,6 +11,7 @@ namespace kestrine {
 
 using detail::attempt;
 using detail::Attempted;
+using detail::Failure;
 
 namespace {
 
@@ -196,6 +197,55 @@ QCoro::Task<> PRDetailViewModel::loadRuns(GiteaClient client, QString sha)
     endRunsLoad();
 }
 
+QCoro::Task<> PRDetailViewModel::loadWithStatuses()
+{
+    const QPointer<PRDetailViewModel> self(this);
+    QCoro::Task<> loading = load();
+    // The scope the load just made: a newer load replaces it, and then this refresh is over too.
+    const QPointer<QObject> scope = m_loadScope;
+    co_await std::move(loading);
+    if (!self || !scope || !m_pr || !m_pr->head)
+        co_return;
+    const std::optional<QString> sha = m_pr->head->sha;
+    const std::optional<GiteaClient> configured = configuredClient();
+    if (!sha || sha->isEmpty() || !configured)
+        co_return;
+    co_await loadStatuses(configured->cancelledWith(scope), *sha);
+}
+
+void PRDetailViewModel::refresh()
+{
+    // Runs on by itself, like reload().
+    loadWithStatuses();
+}
+
+QCoro::Task<> PRDetailViewModel::loadStatuses(GiteaClient client, QString sha)
+{
+    const QPointer<PRDetailViewModel> self(this);
+    const qint64 number = m_prNumber;
+    const auto stopped = stopCheck(self, client, [this] { endRunsLoad(); });
+
+    beginRunsLoad();
+    const Attempted<PagedList<CommitStatus>> statuses =
+        co_await attempt(client.commitStatuses(m_repo.owner.login, m_repo.name, sha));
+    if (stopped())
+        co_return;
+    if (statuses.failure) {
+        // Like a server without Actions, a server or commit without statuses says nothing on the
+        // screen; only an unexpected failure leaves a log line. What was shown stays.
+        const Failure &failure = *statuses.failure;
+        if (!failure.isCancellation && failure.apiErrorKind != APIError::Kind::NotFound) {
+            log(LogLevel::Warn, QStringLiteral("PR ") + QString::number(number) +
+                                    QStringLiteral(": commit status failed: ") +
+                                    failure.description);
+        }
+        endRunsLoad();
+        co_return;
+    }
+    setStatuses(CIStatus::otherThanActions(statuses.value->items, m_repo));
+    endRunsLoad();
+}
+
 void PRDetailViewModel::reload()
 {
     // The task runs on by itself; the model's QPointer checks keep it safe if the model goes.
@@ -257,10 +307,31 @@ void PRDetailViewModel::setRuns(const QList<ActionRun> &runs)
 {
     if (m_runs == runs)
         return;
+    const CIStatus::Value before = ciStatus();
     m_runs = runs;
     m_runsModel->setItems(runs);
     emit runsChanged();
+    if (ciStatus() != before)
+        emit ciStatusChanged();
     updateMergeGate();
+}
+
+void PRDetailViewModel::setStatuses(const QList<CommitStatus> &statuses)
+{
+    if (m_statuses == statuses)
+        return;
+    const CIStatus::Value before = ciStatus();
+    m_statuses = statuses;
+    m_statusesModel->setItems(statuses);
+    emit statusesChanged();
+    if (ciStatus() != before)
+        emit ciStatusChanged();
+    updateMergeGate();
+}
+
+CIStatus::Value PRDetailViewModel::ciStatus() const
+{
+    return m_runs.isEmpty() ? CIStatus::fromStatuses(m_statuses) : CIStatus::from(m_runs);
 }
 
 void PRDetailViewModel::setJobs(qint64 runID, const PagedList<ActionJob> &jobs)

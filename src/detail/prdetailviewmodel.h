@@ -53,11 +53,13 @@ class PRDetailViewModel : public QObject, public SettingsUser
     Q_PROPERTY(QVariant commits READ qmlCommits NOTIFY commitsChanged)
     /// Each run's row has its jobs as a model of their own, in its "jobs" role.
     Q_PROPERTY(kestrine::RecordListModel *runsModel READ runsModel CONSTANT)
+    /// The head commit's statuses from CI other than Actions.
+    Q_PROPERTY(kestrine::RecordListModel *statusesModel READ statusesModel CONSTANT)
     Q_PROPERTY(bool isLoading READ isLoading NOTIFY isLoadingChanged)
     Q_PROPERTY(bool isActionsLoading READ isActionsLoading NOTIFY isActionsLoadingChanged)
     Q_PROPERTY(QString errorMessage READ qmlErrorMessage NOTIFY errorMessageChanged)
     Q_PROPERTY(QString busyMessage READ qmlBusyMessage NOTIFY busyMessageChanged)
-    Q_PROPERTY(kestrine::CIStatus::Value ciStatus READ ciStatus NOTIFY runsChanged)
+    Q_PROPERTY(kestrine::CIStatus::Value ciStatus READ ciStatus NOTIFY ciStatusChanged)
     Q_PROPERTY(kestrine::ReviewState::Value reviewState READ reviewState NOTIFY reviewsChanged)
     Q_PROPERTY(bool mergeAllowed READ mergeAllowed NOTIFY mergeGateChanged)
     Q_PROPERTY(kestrine::MergeGateDecision mergeGate READ mergeGate NOTIFY mergeGateChanged)
@@ -87,10 +89,13 @@ public:
     const QList<PRCommit> &commits() const { return m_commits; }
     const QList<ActionRun> &runs() const { return m_runs; }
     const JobsByRun &jobs() const { return m_jobs; }
+    /// The head commit's statuses, without those Actions posted itself.
+    const QList<CommitStatus> &statuses() const { return m_statuses; }
     CommentsModel *commentsModel() const { return m_commentsModel; }
     ReviewsModel *reviewsModel() const { return m_reviewsModel; }
     ChangedFilesModel *filesModel() const { return m_filesModel; }
     RunsModel *runsModel() const { return m_runsModel; }
+    CommitStatusesModel *statusesModel() const { return m_statusesModel; }
     // How much of a list arrived when the page bound stopped its fetch early; nothing when the
     // whole list is there.
     const std::optional<ListCut> &reviewsCut() const { return m_reviewsCut; }
@@ -103,8 +108,9 @@ public:
     const std::optional<QString> &errorMessage() const { return m_errorMessage; }
     const std::optional<QString> &busyMessage() const { return m_busyMessage; }
 
-    /// The CI summary of `runs`; "CI is red" means Failure.
-    CIStatus::Value ciStatus() const { return CIStatus::from(m_runs); }
+    /// The CI summary: of the runs when the head commit has any, else of the other CI's
+    /// statuses. "CI is red" means Failure.
+    CIStatus::Value ciStatus() const;
     ReviewState::Value reviewState() const { return ReviewState::from(m_reviews); }
     /// The merge gate for the runs held now and the current settings mode; re-evaluated when
     /// either changes.
@@ -117,6 +123,10 @@ public:
     /// together; then, when the head commit is known, its runs and their jobs. Does nothing
     /// without a configured client. Never throws.
     QCoro::Task<> load();
+    /// What the detail screen and kestrine-cli do: load(), then the head commit's statuses from
+    /// CI other than Actions, which decide the CI summary when the commit has no runs. A newer
+    /// load supersedes the statuses' request as it does the load's own.
+    QCoro::Task<> loadWithStatuses();
 
     // The actions. Each does nothing without a configured client, shows its progress in
     // `busyMessage` and clears it on every way out, and never throws.
@@ -134,6 +144,8 @@ public:
 
     // QML entry points: each starts its action and returns at once.
     Q_INVOKABLE void reload();
+    /// Starts loadWithStatuses() and returns.
+    Q_INVOKABLE void refresh();
     /// Emits mergeFinished() with the outcome.
     Q_INVOKABLE void startMerge(const QString &method);
     Q_INVOKABLE void startSetState(const QString &state);
@@ -162,6 +174,8 @@ signals:
     void filesChanged();
     void commitsChanged();
     void runsChanged();
+    void statusesChanged();
+    void ciStatusChanged();
     void jobsChanged();
     void isLoadingChanged();
     void isActionsLoadingChanged();
@@ -178,6 +192,8 @@ private:
 
     /// Fetches the runs of `sha` and then, one run after another, their jobs.
     QCoro::Task<> loadRuns(GiteaClient client, QString sha);
+    /// Fetches the statuses of `sha`. A server or commit without them (404) is no error.
+    QCoro::Task<> loadStatuses(GiteaClient client, QString sha);
     /// Stores the pull request as the server has it now, or nothing when that fetch fails.
     QCoro::Task<> refetchPullRequest(GiteaClient client);
     QCoro::Task<> runMerge(QString method);
@@ -188,6 +204,7 @@ private:
     void setFiles(const PagedList<ChangedFile> &files);
     void setCommits(const PagedList<PRCommit> &commits);
     void setRuns(const QList<ActionRun> &runs);
+    void setStatuses(const QList<CommitStatus> &statuses);
     void setJobs(qint64 runID, const PagedList<ActionJob> &jobs);
     void beginLoad();
     void endLoad();
@@ -205,12 +222,14 @@ private:
     QList<ChangedFile> m_files;
     QList<PRCommit> m_commits;
     QList<ActionRun> m_runs;
+    QList<CommitStatus> m_statuses;
     JobsByRun m_jobs;
     // The same lists for QML, set together with those above; children of this model.
     CommentsModel *m_commentsModel = new CommentsModel(this);
     ReviewsModel *m_reviewsModel = new ReviewsModel(this);
     ChangedFilesModel *m_filesModel = new ChangedFilesModel(this);
     RunsModel *m_runsModel = new RunsModel(this);
+    CommitStatusesModel *m_statusesModel = new CommitStatusesModel(this);
     std::optional<ListCut> m_reviewsCut;
     std::optional<ListCut> m_filesCut;
     std::optional<ListCut> m_commitsCut;

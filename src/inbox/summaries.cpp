@@ -1,5 +1,6 @@
 #include "summaries.h"
 
+#include <QUrl>
 #include <algorithm>
 
 namespace kestrine {
@@ -74,6 +75,50 @@ CIStatus::Value CIStatus::forJob(const ActionJob &job)
     if (isExecuting(status) || status == u"queued")
         return Running;
     return fromConclusion(lower(job.conclusion)).value_or(Unknown);
+}
+
+CIStatus::Value CIStatus::fromStatuses(const QList<CommitStatus> &statuses)
+{
+    if (statuses.isEmpty())
+        return Unknown;
+    bool pending = false;
+    bool allPassed = true;
+    for (const CommitStatus &status : statuses) {
+        const Value value = forStatus(status);
+        if (value == Failure)
+            return Failure;
+        pending = pending || lower(status.status) == u"pending";
+        allPassed = allPassed && (value == Success || lower(status.status) == u"warning");
+    }
+    if (pending)
+        return Running;
+    return allPassed ? Success : Unknown;
+}
+
+CIStatus::Value CIStatus::forStatus(const CommitStatus &status)
+{
+    const QString state = lower(status.status);
+    if (state == u"success")
+        return Success;
+    if (state == u"failure" || state == u"error")
+        return Failure;
+    if (state == u"pending" || state == u"warning")
+        return Running;
+    return Unknown;
+}
+
+QList<CommitStatus> CIStatus::otherThanActions(const QList<CommitStatus> &statuses,
+                                               const Repository &repo)
+{
+    const QString actionsPages =
+        u'/' + repo.owner.login + u'/' + repo.name + QStringLiteral("/actions/runs/");
+    QList<CommitStatus> others;
+    for (const CommitStatus &status : statuses) {
+        const QString path = QUrl(status.targetUrl.value_or(QString())).path();
+        if (!path.contains(actionsPages, Qt::CaseInsensitive))
+            others.append(status);
+    }
+    return others;
 }
 
 bool CIStatus::jobFailed(const ActionJob &job)

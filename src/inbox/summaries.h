@@ -43,6 +43,19 @@ public:
     /// conclusion: it has a log to show.
     static bool jobHasRun(const ActionJob &job);
 
+    /// The summary of a commit's statuses from CI other than Actions, for a head commit without
+    /// Actions runs: any "failure" or "error" fails it; else any "pending" keeps it running; else
+    /// it succeeded when every status is "success" or "warning"; no statuses, or a word no CI
+    /// sends, tell nothing.
+    static Value fromStatuses(const QList<CommitStatus> &statuses);
+    /// One status on its own, as its circle shows it: "warning" is orange like a running check.
+    static Value forStatus(const CommitStatus &status);
+    /// The statuses Gitea Actions posted itself (their target is a page under this repository's
+    /// "/OWNER/REPO/actions/runs/", whatever the host: Gitea writes it with the address it is
+    /// configured with, not the one the user typed) are left out: the runs show them already.
+    static QList<CommitStatus> otherThanActions(const QList<CommitStatus> &statuses,
+                                                const Repository &repo);
+
     /// "running", "success", "failure", "cancelled" or "unknown": how a summary is stored.
     static QString name(Value value);
     static std::optional<Value> fromName(const QString &name);

@@ -133,6 +133,6 @@ Item {
         anchors.top: list.top
         anchors.horizontalCenter: list.horizontalCenter
         loading: root.vm.isLoading
-        onRefresh: root.vm.reload()
+        onRefresh: root.vm.refresh()
     }
 }

@@ -98,7 +98,7 @@ Page {
     }
 
     // Every appearance loads, also coming back from a diff or a job log.
-    StackView.onActivated: vm.reload()
+    StackView.onActivated: vm.refresh()
 
     background: Rectangle {
         color: Theme.background
@@ -114,7 +114,7 @@ Page {
             visible: !root.vm.hasPr && root.vm.errorMessage !== ""
             symbol: "arrow.clockwise"
             Accessible.name: "Reload"
-            onClicked: root.vm.reload()
+            onClicked: root.vm.refresh()
         }
         NavButton {
             objectName: "mergeButton"

@@ -24,7 +24,7 @@ namespace {
 const QString tool = QStringLiteral("ann/tool");
 
 /// The requests of opening PR `number` of ann/tool: the pull request, its four lists, then the
-/// runs of its head commit and the jobs of each run. (The four lists go out together, so their
+/// runs of its head commit, the jobs of each run and its commit statuses. (The four lists go out together, so their
 /// order among themselves is not fixed; this is the order they are started in.)
 QStringList detailLoad(int number, const QString &headSha, const QList<int> &runIDs)
 {
@@ -39,6 +39,8 @@ QStringList detailLoad(int number, const QString &headSha, const QList<int> &run
     };
     for (int run : runIDs)
         requests.append(QStringLiteral("GET /api/v1/repos/ann/tool/actions/runs/%1/jobs").arg(run));
+    // The statuses of other CI, after Actions, as the detail screen asks for them.
+    requests.append(QStringLiteral("GET /api/v1/repos/ann/tool/commits/%1/status").arg(headSha));
     return requests;
 }
 
@@ -187,7 +189,7 @@ private slots:
         QCOMPARE(requests(), detailLoad(7, sha7, {42, 41}));
         // One log line per request, as the app writes them.
         const QStringList log = cli->storedLogLines();
-        QCOMPARE(log.size(), 8);
+        QCOMPARE(log.size(), 9);
         QCOMPARE(log.first(), QStringLiteral("INFO GET repos/ann/tool/pulls/7 → 200"));
         QVERIFY(log.contains(QStringLiteral("INFO GET repos/ann/tool/issues/7/comments → 200")));
         QCOMPARE(log.mid(5),
@@ -195,6 +197,8 @@ private slots:
                      QStringLiteral("INFO GET repos/ann/tool/actions/runs → 200"),
                      QStringLiteral("INFO GET repos/ann/tool/actions/runs/42/jobs → 200"),
                      QStringLiteral("INFO GET repos/ann/tool/actions/runs/41/jobs → 200"),
+                     QStringLiteral("INFO GET repos/ann/tool/commits/") + sha7 +
+                         QStringLiteral("/status → 200"),
                  }));
     }
 

@@ -30,6 +30,34 @@ private:
                                   failingPage));
     }
 
+    /// Answers the combined status of the head commit "abc123" with `statuses`.
+    void serveStatuses(const QJsonArray &statuses)
+    {
+        server->route("GET", apiRoot + QStringLiteral("/commits/abc123/status"),
+                      FakeResponse::json(compact(QJsonObject{
+                          {QStringLiteral("state"), QStringLiteral("failure")},
+                          {QStringLiteral("sha"), QStringLiteral("abc123")},
+                          {QStringLiteral("total_count"), statuses.size()},
+                          {QStringLiteral("statuses"), statuses},
+                      })));
+    }
+
+    static QJsonObject status(qint64 id, const QString &state, const QString &context,
+                              const QString &targetUrl)
+    {
+        return QJsonObject{{QStringLiteral("id"), id},
+                           {QStringLiteral("status"), state},
+                           {QStringLiteral("context"), context},
+                           {QStringLiteral("description"), context + QStringLiteral(" said so")},
+                           {QStringLiteral("target_url"), targetUrl}};
+    }
+
+    void withoutRuns()
+    {
+        server->route("GET", apiRoot + QStringLiteral("/actions/runs"),
+                      FakeResponse::json(runsJson({})));
+    }
+
 private slots:
     void init()
     {
@@ -291,6 +319,104 @@ private slots:
         QCOMPARE(model->jobs(), jobsBefore);
         QCOMPARE(actionsLoading.count(), 2);
         QVERIFY(!model->isActionsLoading());
+    }
+
+    void loadAloneAsksForNoStatusesAndTheRefreshAsksLast()
+    {
+        const auto model = newModel();
+        QVERIFY(runToEnd(model->load()).value);
+        QVERIFY(!requestLog(*server).join(u' ').contains(QStringLiteral("/status")));
+        server->clearRequests();
+        QVERIFY(runToEnd(model->loadWithStatuses()).value);
+        QCOMPARE(requestLog(*server).last(), QStringLiteral("GET /commits/abc123/status"));
+    }
+
+    void statusesShowOtherCIAndLeaveOutActionsOwn()
+    {
+        serveStatuses({
+            status(1, QStringLiteral("failure"), QStringLiteral("ci/woodpecker"),
+                   QStringLiteral("https://ci.example.org/repos/1/pipeline/2")),
+            // Posted by Actions itself, written with the host Gitea is configured with.
+            status(2, QStringLiteral("success"), QStringLiteral("ci.yml / build (push)"),
+                   QStringLiteral("https://gitea.internal/ann/app/actions/runs/3/jobs/0")),
+            status(3, QStringLiteral("pending"), QStringLiteral("drone"),
+                   QStringLiteral("javascript:alert(1)")),
+        });
+        const auto model = newModel();
+        QVERIFY(runToEnd(model->loadWithStatuses()).value);
+        QCOMPARE(model->statuses().size(), 2);
+        const RecordListModel &rows = *model->statusesModel();
+        QCOMPARE(rows.rowCount(), 2);
+        QCOMPARE(rows.valueAt(0, "context").toString(), QStringLiteral("ci/woodpecker"));
+        QCOMPARE(rows.valueAt(0, "ciStatus").toInt(), int(CIStatus::Failure));
+        QCOMPARE(rows.valueAt(0, "detailsUrl").toString(),
+                 QStringLiteral("https://ci.example.org/repos/1/pipeline/2"));
+        QCOMPARE(rows.valueAt(1, "context").toString(), QStringLiteral("drone"));
+        QCOMPARE(rows.valueAt(1, "ciStatus").toInt(), int(CIStatus::Running));
+        // Only web pages are offered to open.
+        QCOMPARE(rows.valueAt(1, "detailsUrl").toString(), QString());
+        // The head commit has a successful run: the runs decide.
+        QCOMPARE(model->ciStatus(), CIStatus::Success);
+    }
+
+    void withoutRunsTheStatusesDecideTheSummaryAndTheGate()
+    {
+        withoutRuns();
+        serveStatuses({status(1, QStringLiteral("success"), QStringLiteral("lint"),
+                              QStringLiteral("https://ci.example.org/1")),
+                       status(2, QStringLiteral("error"), QStringLiteral("build"),
+                              QStringLiteral("https://ci.example.org/2"))});
+        stores->settings.setMergeGateMode(MergeGateMode::Block);
+        const auto model = newModel();
+        QSignalSpy ciChanged(model.get(), &PRDetailViewModel::ciStatusChanged);
+        QVERIFY(runToEnd(model->loadWithStatuses()).value);
+        QCOMPARE(model->ciStatus(), CIStatus::Failure);
+        QCOMPARE(ciChanged.count(), 1);
+        QVERIFY(!model->mergeAllowed());
+    }
+
+    void withRunsAFailingStatusDoesNotOutweighThem()
+    {
+        serveStatuses({status(1, QStringLiteral("failure"), QStringLiteral("lint"),
+                              QStringLiteral("https://ci.example.org/1"))});
+        stores->settings.setMergeGateMode(MergeGateMode::Block);
+        const auto model = newModel();
+        QVERIFY(runToEnd(model->loadWithStatuses()).value);
+        QCOMPARE(model->statuses().size(), 1);
+        QCOMPARE(model->ciStatus(), CIStatus::Success);
+        QVERIFY(model->mergeAllowed());
+    }
+
+    void statusNotFoundChangesNothingAndSaysNothing()
+    {
+        withoutRuns();
+        const auto model = newModel();
+        QVERIFY(runToEnd(model->load()).value);
+        stores->log.clear();
+        QVERIFY(runToEnd(model->loadWithStatuses()).value);
+        QVERIFY(requestLog(*server).contains(QStringLiteral("GET /commits/abc123/status")));
+        QVERIFY(model->statuses().isEmpty());
+        QCOMPARE(model->ciStatus(), CIStatus::Unknown);
+        QVERIFY(!model->errorMessage());
+        QCOMPARE(stores->lines(LogLevel::Warn), QStringList());
+        QVERIFY(!model->isActionsLoading());
+    }
+
+    void statusServerErrorWritesOneWarnLineAndKeepsTheStatuses()
+    {
+        serveStatuses({status(1, QStringLiteral("success"), QStringLiteral("lint"),
+                              QStringLiteral("https://ci.example.org/1"))});
+        const auto model = newModel();
+        QVERIFY(runToEnd(model->loadWithStatuses()).value);
+        server->route("GET", apiRoot + QStringLiteral("/commits/abc123/status"),
+                      FakeResponse::json(R"({"message":"boom"})", 500));
+        stores->log.clear();
+        QVERIFY(runToEnd(model->loadWithStatuses()).value);
+        QCOMPARE(
+            stores->lines(LogLevel::Warn),
+            QStringList{QStringLiteral("PR 7: commit status failed: Server error (500): boom")});
+        QVERIFY(!model->errorMessage());
+        QCOMPARE(model->statuses().size(), 1);
     }
 
     void noUsableHeadShaMeansNoRunsRequest_data()

@@ -41,6 +41,26 @@ QList<PullReview> reviews(std::initializer_list<const char *> states)
     return list;
 }
 
+QList<CommitStatus> statuses(std::initializer_list<const char *> states)
+{
+    QList<CommitStatus> list;
+    for (const char *state : states) {
+        CommitStatus status;
+        status.id = list.size() + 1;
+        status.status = QString::fromLatin1(state);
+        list.append(status);
+    }
+    return list;
+}
+
+CommitStatus targeting(const QString &targetUrl)
+{
+    CommitStatus status;
+    status.status = QStringLiteral("success");
+    status.targetUrl = targetUrl;
+    return status;
+}
+
 } // namespace
 
 class TestSummaries : public QObject
@@ -102,6 +122,67 @@ private slots:
         QCOMPARE(CIStatus::forJob(job("Running", "failure")), CIStatus::Running);
         QCOMPARE(CIStatus::forJob(job("queued", nullptr)), CIStatus::Running);
         QCOMPARE(CIStatus::forJob(job("completed", "skipped")), CIStatus::Unknown);
+    }
+
+    void statusesWithAFailureOrErrorFailWhateverElseTheyHold()
+    {
+        QCOMPARE(CIStatus::fromStatuses(statuses({"success", "pending", "failure"})),
+                 CIStatus::Failure);
+        QCOMPARE(CIStatus::fromStatuses(statuses({"error", "success"})), CIStatus::Failure);
+        QCOMPARE(CIStatus::fromStatuses(statuses({"warning", "FAILURE"})), CIStatus::Failure);
+    }
+
+    void statusesWithAPendingOneAndNoFailureAreRunning()
+    {
+        QCOMPARE(CIStatus::fromStatuses(statuses({"success", "pending"})), CIStatus::Running);
+        QCOMPARE(CIStatus::fromStatuses(statuses({"warning", "Pending"})), CIStatus::Running);
+    }
+
+    void statusesThatAllSucceededOrWarnedSucceed()
+    {
+        QCOMPARE(CIStatus::fromStatuses(statuses({"success"})), CIStatus::Success);
+        QCOMPARE(CIStatus::fromStatuses(statuses({"success", "warning"})), CIStatus::Success);
+        QCOMPARE(CIStatus::fromStatuses(statuses({"warning"})), CIStatus::Success);
+    }
+
+    void noStatusesOrAWordNoCISendsTellNothing()
+    {
+        QCOMPARE(CIStatus::fromStatuses({}), CIStatus::Unknown);
+        QCOMPARE(CIStatus::fromStatuses(statuses({"success", "skipped"})), CIStatus::Unknown);
+        QCOMPARE(CIStatus::fromStatuses({CommitStatus{}}), CIStatus::Unknown);
+    }
+
+    void oneStatusCircleIsGreenRedOrangeOrGrey()
+    {
+        const QList<CommitStatus> all =
+            statuses({"success", "failure", "error", "pending", "warning", "skipped"});
+        QList<CIStatus::Value> circles;
+        for (const CommitStatus &status : all)
+            circles.append(CIStatus::forStatus(status));
+        const QList<CIStatus::Value> expected{CIStatus::Success, CIStatus::Failure,
+                                              CIStatus::Failure, CIStatus::Running,
+                                              CIStatus::Running, CIStatus::Unknown};
+        QCOMPARE(circles, expected);
+    }
+
+    void actionsOwnStatusesAreToldByTheirPathWhateverTheHost()
+    {
+        Repository repo;
+        repo.owner.login = QStringLiteral("ann");
+        repo.name = QStringLiteral("tool");
+        const QList<CommitStatus> all{
+            // Actions, written with another host than the one typed, and under a sub-path.
+            targeting(QStringLiteral("https://git.internal:3000/ann/tool/actions/runs/12/jobs/0")),
+            targeting(QStringLiteral("https://example.org/gitea/Ann/Tool/actions/runs/3")),
+            // Other CI, and look-alikes that are not this repository's Actions pages.
+            targeting(QStringLiteral("https://ci.example.org/ann/tool/123")),
+            targeting(QStringLiteral("https://git.example.org/bob/tool/actions/runs/4")),
+            targeting(QStringLiteral("https://git.example.org/xann/tool/actions/runs/5")),
+            targeting(QStringLiteral("https://ci.example.org/?next=/ann/tool/actions/runs/6")),
+            CommitStatus{},
+        };
+        const QList<CommitStatus> others = CIStatus::otherThanActions(all, repo);
+        QCOMPARE(others, all.mid(2));
     }
 
     void upperCaseCancelledConclusionIsCancelled()
