@@ -113,6 +113,19 @@ QString checks(const PRDetailViewModel &model)
         }
         appendCutNotice(lines, model.jobsCut(run.id), indent + indent);
     }
+    // Other CI than Actions, as the Checks tab shows it below the runs.
+    if (!model.statuses().isEmpty())
+        lines.append(indent + QStringLiteral("Commit statuses"));
+    for (const CommitStatus &status : model.statuses()) {
+        QStringList parts{status.status.value_or(QStringLiteral("unknown")).toLower(),
+                          status.context.value_or(QString())};
+        if (!status.description.value_or(QString()).isEmpty())
+            parts.append(*status.description);
+        const QString details = webPageAddress(status.targetUrl);
+        if (!details.isEmpty())
+            parts.append(details);
+        lines.append(indent + indent + parts.join(QStringLiteral("  ")));
+    }
     return lines.join(u'\n');
 }
 
@@ -167,6 +180,7 @@ QJsonObject report(const PRDetailViewModel &model)
         {QStringLiteral("files"), json(model.files())},
         {QStringLiteral("commits"), json(model.commits())},
         {QStringLiteral("runs"), json(model.runs())},
+        {QStringLiteral("statuses"), json(model.statuses())},
         {QStringLiteral("jobs"), jobs},
         {QStringLiteral("cut"), cutLists(model)},
     };

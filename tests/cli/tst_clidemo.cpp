@@ -5,6 +5,9 @@
 
 #include <QDir>
 #include <QDirIterator>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QRegularExpression>
 #include <QtTest>
 
@@ -69,6 +72,43 @@ private slots:
         QCOMPARE(show.exitCode, 0);
         QVERIFY(show.outText().startsWith(
             QStringLiteral("%1\n%2%3 · open · CI ").arg(first[2], first[1], first[0])));
+    }
+
+    void externalCIStatusesAreListedAndDecideTheCircleWithoutRuns()
+    {
+        const CliRunner cli;
+        const CliResult show = cli.run({QStringLiteral("--demo"), QStringLiteral("show"),
+                                        QStringLiteral("norrum/docs"), QStringLiteral("17")});
+        QCOMPARE(show.errText(), QString());
+        QCOMPARE(show.exitCode, 0);
+        const QString out = show.outText();
+        // No Actions runs: the failing Woodpecker status makes CI red.
+        QVERIFY2(out.contains(QStringLiteral("norrum/docs#17 · open · CI failure")),
+                 qPrintable(out));
+        QVERIFY2(out.contains(QStringLiteral("  No workflow runs for this head commit.\n"
+                                             "  Commit statuses\n"
+                                             "    failure  ci/woodpecker/pr/links  2 broken links "
+                                             "in release-checklist.md  "
+                                             "https://ci.norrum.example/repos/24/pipeline/218/2\n"
+                                             "    pending  ci/woodpecker/pr/site  Pipeline is "
+                                             "running  "
+                                             "https://ci.norrum.example/repos/24/pipeline/218/1")),
+                 qPrintable(out));
+    }
+
+    void actionsOwnStatusesAreNotListedBesideTheRuns()
+    {
+        const CliRunner cli;
+        const CliResult show =
+            cli.run({QStringLiteral("--demo"), QStringLiteral("show"), QStringLiteral("--json"),
+                     QStringLiteral("norrum/harbor"), QStringLiteral("142")});
+        QCOMPARE(show.exitCode, 0);
+        const QJsonObject report = QJsonDocument::fromJson(show.outText().toUtf8()).object();
+        const QJsonArray statuses = report.value(QStringLiteral("statuses")).toArray();
+        QCOMPARE(statuses.size(), 1);
+        QCOMPARE(statuses.at(0).toObject().value(QStringLiteral("context")).toString(),
+                 QStringLiteral("coverage/codecov"));
+        QVERIFY(!report.value(QStringLiteral("runs")).toArray().isEmpty());
     }
 
     void demoSettingsPointAtTheDemoInstance()
