@@ -24,8 +24,8 @@ namespace {
 const QString tool = QStringLiteral("ann/tool");
 
 /// The requests of opening PR `number` of ann/tool: the pull request, its four lists, then the
-/// runs of its head commit, the jobs of each run and its commit statuses. (The four lists go out together, so their
-/// order among themselves is not fixed; this is the order they are started in.)
+/// runs of its head commit, the jobs of each run and its commit statuses. (The four lists go out
+/// together, so their order among themselves is not fixed; this is the order they are started in.)
 QStringList detailLoad(int number, const QString &headSha, const QList<int> &runIDs)
 {
     const QString pull = QStringLiteral("/api/v1/repos/ann/tool/pulls/%1").arg(number);
