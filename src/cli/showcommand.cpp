@@ -11,6 +11,7 @@
 #include "prdetailviewmodel.h"
 #include "session.h"
 #include "summaries.h"
+#include "weblinks.h"
 
 #include <QJsonArray>
 #include <QJsonObject>
@@ -121,9 +122,8 @@ QString checks(const PRDetailViewModel &model)
                           status.context.value_or(QString())};
         if (!status.description.value_or(QString()).isEmpty())
             parts.append(*status.description);
-        const QString details = webPageAddress(status.targetUrl);
-        if (!details.isEmpty())
-            parts.append(details);
+        if (webPage(status.targetUrl))
+            parts.append(*status.targetUrl);
         lines.append(indent + indent + parts.join(QStringLiteral("  ")));
     }
     return lines.join(u'\n');

@@ -495,47 +495,47 @@ private:
         return commit;
     }
 
-    void readRuns(const Fields &f, Repository &repo) const
+    /// Reads `key` of `f`, an object of lists by commit sha, handing each item to `read` with
+    /// its sha.
+    template <class Read>
+    static void readBySha(const Fields &f, QLatin1String key, Read read)
     {
-        const QJsonObject bySha = f.object(QLatin1String("runs"));
+        const QJsonObject bySha = f.object(key);
         for (auto it = bySha.begin(); it != bySha.end(); ++it) {
-            const QString where = f.where() + QStringLiteral(".runs.") + it.key();
+            const QString where = f.where() + u'.' + key + u'.' + it.key();
             if (!it.value().isArray())
                 refuse(where, QStringLiteral("not a list"));
-            const QJsonArray runs = it.value().toArray();
-            for (qsizetype i = 0; i < runs.size(); ++i) {
-                const QString runWhere = QStringLiteral("%1[%2]").arg(where).arg(i);
-                repo.runs.append(
-                    readRun(Fields(asObject(runs.at(i), runWhere), runWhere), it.key()));
+            const QJsonArray items = it.value().toArray();
+            for (qsizetype i = 0; i < items.size(); ++i) {
+                const QString itemWhere = QStringLiteral("%1[%2]").arg(where).arg(i);
+                read(Fields(asObject(items.at(i), itemWhere), itemWhere), it.key());
             }
         }
+    }
+
+    void readRuns(const Fields &f, Repository &repo) const
+    {
+        readBySha(f, QLatin1String("runs"), [&](const Fields &run, const QString &sha) {
+            repo.runs.append(readRun(run, sha));
+        });
     }
 
     /// "statuses": {sha: [{context, status, description, target_url, creator, created_at}]}.
     void readStatuses(const Fields &f, Repository &repo) const
     {
-        const QJsonObject bySha = f.object(QLatin1String("statuses"));
-        for (auto it = bySha.begin(); it != bySha.end(); ++it) {
-            const QString where = f.where() + QStringLiteral(".statuses.") + it.key();
-            if (!it.value().isArray())
-                refuse(where, QStringLiteral("not a list"));
-            const QJsonArray statuses = it.value().toArray();
-            for (qsizetype i = 0; i < statuses.size(); ++i) {
-                const QString statusWhere = QStringLiteral("%1[%2]").arg(where).arg(i);
-                const Fields s(asObject(statuses.at(i), statusWhere), statusWhere);
-                CommitStatus status;
-                status.sha = it.key();
-                status.context = s.requiredText(QLatin1String("context"));
-                status.state =
-                    s.oneOf(QLatin1String("status"), commitStates, QStringLiteral("success"));
-                status.description = s.text(QLatin1String("description"));
-                status.targetUrl = s.text(QLatin1String("target_url"));
-                status.creatorId = userRef(s, QLatin1String("creator"));
-                status.createdAt = s.date(QLatin1String("created_at"));
-                status.id = repo.statuses.size() + 1;
-                repo.statuses.append(status);
-            }
-        }
+        readBySha(f, QLatin1String("statuses"), [&](const Fields &s, const QString &sha) {
+            CommitStatus status;
+            status.sha = sha;
+            status.context = s.requiredText(QLatin1String("context"));
+            status.state =
+                s.oneOf(QLatin1String("status"), commitStates, QStringLiteral("success"));
+            status.description = s.text(QLatin1String("description"));
+            status.targetUrl = s.text(QLatin1String("target_url"));
+            status.creatorId = userRef(s, QLatin1String("creator"));
+            status.createdAt = s.date(QLatin1String("created_at"));
+            status.id = repo.statuses.size() + 1;
+            repo.statuses.append(status);
+        });
     }
 
     Run readRun(const Fields &f, const QString &headSha) const

@@ -2,10 +2,10 @@
 
 #include "changedfilemark.h"
 #include "summaries.h"
+#include "weblinks.h"
 
 #include <QDateTime>
 #include <QQmlEngine>
-#include <QUrl>
 
 namespace kestrine {
 namespace {
@@ -175,22 +175,11 @@ CommitStatusesModel::CommitStatusesModel(QObject *parent)
                           }},
                          {"detailsUrl",
                           [](const CommitStatus &s) {
-                              return webPageAddress(s.targetUrl);
+                              return webPage(s.targetUrl) ? *s.targetUrl : QString();
                           }},
                      },
                      parent)
 {}
-
-QString webPageAddress(const std::optional<QString> &address)
-{
-    if (!address)
-        return {};
-    const QUrl url(*address, QUrl::StrictMode);
-    // QUrl keeps schemes lower-cased, so "HTTPS:" is "https" here.
-    const bool webPage = url.isValid() && (url.scheme() == u"http" || url.scheme() == u"https") &&
-                         !url.host().isEmpty();
-    return webPage ? *address : QString();
-}
 
 JobsModel *RunsModel::jobsOf(qint64 runID)
 {

@@ -70,8 +70,4 @@ public:
     explicit CommitStatusesModel(QObject *parent = nullptr);
 };
 
-/// `address` when it is an absolute http or https URL with a host, else "": the only addresses a
-/// screen offers to open.
-QString webPageAddress(const std::optional<QString> &address);
-
 } // namespace kestrine

@@ -311,9 +311,7 @@ void PRDetailViewModel::setRuns(const QList<ActionRun> &runs)
     m_runs = runs;
     m_runsModel->setItems(runs);
     emit runsChanged();
-    if (ciStatus() != before)
-        emit ciStatusChanged();
-    updateMergeGate();
+    ciInputsChanged(before);
 }
 
 void PRDetailViewModel::setStatuses(const QList<CommitStatus> &statuses)
@@ -324,6 +322,11 @@ void PRDetailViewModel::setStatuses(const QList<CommitStatus> &statuses)
     m_statuses = statuses;
     m_statusesModel->setItems(statuses);
     emit statusesChanged();
+    ciInputsChanged(before);
+}
+
+void PRDetailViewModel::ciInputsChanged(CIStatus::Value before)
+{
     if (ciStatus() != before)
         emit ciStatusChanged();
     updateMergeGate();

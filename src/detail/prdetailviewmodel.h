@@ -205,6 +205,9 @@ private:
     void setCommits(const PagedList<PRCommit> &commits);
     void setRuns(const QList<ActionRun> &runs);
     void setStatuses(const QList<CommitStatus> &statuses);
+    /// After the runs or the statuses changed: tells of a new CI summary (it was `before`) and
+    /// re-evaluates the merge gate.
+    void ciInputsChanged(CIStatus::Value before);
     void setJobs(qint64 runID, const PagedList<ActionJob> &jobs);
     void beginLoad();
     void endLoad();
