@@ -97,6 +97,24 @@ QList<qint64> numbers(const QAbstractItemModel &model)
     return listedNumbers;
 }
 
+/// The loader, the list's rows and the search over them, wired as the inbox screen wires them.
+struct SearchedInbox
+{
+    explicit SearchedInbox(SettingsStore &settings)
+        : viewModel(settings)
+    {
+        rows.setViewModel(&viewModel);
+        search.setSourceModel(&rows);
+    }
+
+    bool load() { return runToEnd(viewModel.load()).value.has_value(); }
+
+    InboxViewModel viewModel;
+    InboxRowsModel rows;
+    InboxSearchModel search;
+    QAbstractItemModelTester tester{&search};
+};
+
 } // namespace
 
 class TestInboxRowsModel : public QObject
@@ -225,13 +243,9 @@ private slots:
                                {3, QStringLiteral("Bump crème deps")}}),
               titledPullsJson({{42, QStringLiteral("Login for admins")},
                                {4, QStringLiteral("Docs for the cafe")}}));
-        InboxViewModel viewModel(stores->settings);
-        InboxRowsModel rows;
-        rows.setViewModel(&viewModel);
-        InboxSearchModel search;
-        QAbstractItemModelTester tester(&search);
-        search.setSourceModel(&rows);
-        QVERIFY(runToEnd(viewModel.load()).value);
+        SearchedInbox inbox(stores->settings);
+        auto &[viewModel, rows, search, tester] = inbox;
+        QVERIFY(inbox.load());
         QTRY_COMPARE(search.count(), 5);
         QCOMPARE(numbers(search), (QList<qint64>{42, 4, 3, 2, 1}));
         QCOMPARE(listed(search), viewModel.displayedRowsForQml());
@@ -267,12 +281,9 @@ private slots:
     {
         serve(titledPullsJson({{1, QStringLiteral("Fix the login page")}}),
               titledPullsJson({{2, QStringLiteral("Docs")}}));
-        InboxViewModel viewModel(stores->settings);
-        InboxRowsModel rows;
-        rows.setViewModel(&viewModel);
-        InboxSearchModel search;
-        search.setSourceModel(&rows);
-        QVERIFY(runToEnd(viewModel.load()).value);
+        SearchedInbox inbox(stores->settings);
+        auto &[viewModel, rows, search, tester] = inbox;
+        QVERIFY(inbox.load());
         QTRY_COMPARE(rows.count(), 2);
         const qsizetype requests = server->requests().size();
         const QVariantList displayed = viewModel.displayedRowsForQml();
@@ -307,13 +318,9 @@ private slots:
                                {2, QStringLiteral("Café menu")},
                                {3, QStringLiteral("Login for admins")}}),
               {});
-        InboxViewModel viewModel(stores->settings);
-        InboxRowsModel rows;
-        rows.setViewModel(&viewModel);
-        InboxSearchModel search;
-        QAbstractItemModelTester tester(&search);
-        search.setSourceModel(&rows);
-        QVERIFY(runToEnd(viewModel.load()).value);
+        SearchedInbox inbox(stores->settings);
+        auto &[viewModel, rows, search, tester] = inbox;
+        QVERIFY(inbox.load());
         QTRY_COMPARE(search.count(), 3);
 
         QSignalSpy resets(&search, &QAbstractItemModel::modelReset);
@@ -353,13 +360,9 @@ private slots:
         serve(titledPullsJson(
                   {{1, QStringLiteral("Fix the login page")}, {2, QStringLiteral("Café menu")}}),
               {});
-        InboxViewModel viewModel(stores->settings);
-        InboxRowsModel rows;
-        rows.setViewModel(&viewModel);
-        InboxSearchModel search;
-        QAbstractItemModelTester tester(&search);
-        search.setSourceModel(&rows);
-        QVERIFY(runToEnd(viewModel.load()).value);
+        SearchedInbox inbox(stores->settings);
+        auto &[viewModel, rows, search, tester] = inbox;
+        QVERIFY(inbox.load());
         QTRY_COMPARE(rows.count(), 2);
         search.setSearchText(QStringLiteral("login"));
         QCOMPARE(numbers(search), (QList<qint64>{1}));
