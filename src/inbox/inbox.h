@@ -4,6 +4,7 @@
 
 #include "cachedirectory.h"
 #include "inboxcache.h"
+#include "inboxsearch.h"
 #include "inboxviewmodel.h"
 #include "notificationpass.h"
 #include "prrow.h"

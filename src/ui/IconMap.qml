@@ -22,6 +22,7 @@ QtObject {
         "hourglass": "hourglass.svg",
         "key": "key.svg",
         "lock": "lock.svg",
+        "magnifyingglass": "magnifyingglass.svg",
         "questionmark.circle": "questionmark-circle.svg",
         "square.and.arrow.down": "square-and-arrow-down.svg",
         "square.and.arrow.up": "square-and-arrow-up.svg",

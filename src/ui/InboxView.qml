@@ -14,10 +14,14 @@ Page {
     readonly property InboxViewModel vm: inboxModel
     readonly property alias settingsSheet: settingsSheet
     readonly property alias errorAlert: errorAlert
-    // What the content shows, in this order of precedence.
+    // What the content shows, in this order of precedence. The search never turns the list into
+    // "No open PRs": that says the inbox itself is empty.
     readonly property string content: !SettingsStore.isConfigured
                                       ? "notConfigured"
                                       : vm.count === 0 && !vm.isLoading ? "empty" : "list"
+    // The list has rows, and the search hides every one of them.
+    readonly property bool noMatches: content === "list" && inboxRows.count > 0
+                                      && searchRows.count === 0
 
     // Each appearance: the first one loads, later ones (back from a detail screen) do not.
     function appear() {
@@ -52,15 +56,47 @@ Page {
         color: Theme.background
     }
 
-    header: NavBar {
-        title: "Pull Requests"
-        large: true
+    header: ColumnLayout {
+        spacing: 0
 
-        NavButton {
-            objectName: "settingsButton"
-            symbol: "gearshape"
-            Accessible.name: "Settings"
-            onClicked: root.openSettings()
+        NavBar {
+            Layout.fillWidth: true
+            title: "Pull Requests"
+            large: true
+            showSeparator: !searchBar.visible
+
+            NavButton {
+                objectName: "settingsButton"
+                symbol: "gearshape"
+                Accessible.name: "Settings"
+                onClicked: root.openSettings()
+            }
+        }
+
+        // The search stays in reach however far the list is scrolled, aligned with the list.
+        Rectangle {
+            id: searchBar
+            Layout.fillWidth: true
+            implicitHeight: searchField.implicitHeight + 12
+            visible: root.content !== "notConfigured"
+            color: Theme.background
+
+            SearchField {
+                id: searchField
+                objectName: "inboxSearchField"
+                anchors.top: parent.top
+                anchors.horizontalCenter: parent.horizontalCenter
+                width: Math.min(parent.width, Theme.maxContentWidth) - 2 * Theme.margin
+                Accessible.name: "Search pull requests"
+            }
+
+            Rectangle {
+                anchors.left: parent.left
+                anchors.right: parent.right
+                anchors.bottom: parent.bottom
+                height: 1
+                color: Theme.separator
+            }
         }
     }
 
@@ -72,6 +108,23 @@ Page {
     InboxRowsModel {
         id: inboxRows
         viewModel: inboxModel
+    }
+
+    // Those of them that match the search field, filtered as it is typed into; nothing is loaded.
+    InboxSearchModel {
+        id: searchRows
+        sourceModel: inboxRows
+        searchText: searchField.displayText
+        // Each new search shows its matches from the first.
+        onSearchTextChanged: list.positionViewAtBeginning()
+    }
+
+    // The desktop's Find key goes to the search field while the inbox is the screen in front.
+    Shortcut {
+        sequences: [StandardKey.Find]
+        enabled: root.StackView.status === StackView.Active && searchBar.visible
+                 && !settingsSheet.visible && !errorAlert.visible
+        onActivated: searchField.forceActiveFocus()
     }
 
     EmptyState {
@@ -119,19 +172,34 @@ Page {
         anchors.horizontalCenter: parent.horizontalCenter
         width: Math.min(parent.width, Theme.maxContentWidth)
         visible: root.content === "list"
-        model: inboxRows
+        model: searchRows
         boundsBehavior: Flickable.DragAndOvershootBounds
         flickableDirection: Flickable.VerticalFlick
         // Rows scrolled away are handed the row coming into view instead of being destroyed and
         // built again: a fast fling through thousands of rows builds no new ones.
         reuseItems: true
         ScrollIndicator.vertical: ScrollIndicator {}
+        // Scrolling by hand puts the keyboard away, as on a phone's lists.
+        onDraggingChanged: {
+            if (dragging)
+                searchField.focus = false;
+        }
 
         // `row` is the model's role of that name.
         delegate: PRRowView {
             width: ListView.view.width
             onClicked: root.openRow(row)
         }
+    }
+
+    // Over the list, which stays under it so that it can still be pulled down to refresh.
+    EmptyState {
+        objectName: "noMatchesState"
+        anchors.fill: list
+        visible: root.noMatches
+        title: "No matches for “" + Bidi.isolate(searchRows.searchText.trim()) + "”"
+        symbol: "magnifyingglass"
+        description: "Check the spelling or try other words."
     }
 
     PullToRefresh {

@@ -11,6 +11,8 @@ Rectangle {
     property string title
     property bool large: false
     property bool showBack: false
+    // Off when something below belongs to the bar, such as a search field, and draws the line.
+    property bool showSeparator: true
     // Items placed before the title instead of the back button, such as a sheet's "Cancel".
     default property alias actions: trailing.data
     property alias leading: leadingRow.data
@@ -63,5 +65,6 @@ Rectangle {
         anchors.bottom: parent.bottom
         height: 1
         color: Theme.separator
+        visible: root.showSeparator
     }
 }

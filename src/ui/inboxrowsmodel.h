@@ -39,6 +39,8 @@ public:
     InboxViewModel *viewModel() const { return m_viewModel; }
     void setViewModel(InboxViewModel *viewModel);
     int count() const { return int(m_rows.size()); }
+    /// The rows the list has now, which may still be the previous load's for a moment.
+    const QList<PRRow> &rows() const { return m_rows; }
 
     int rowCount(const QModelIndex &parent = {}) const override;
     QVariant data(const QModelIndex &index, int role) const override;

@@ -1,9 +1,11 @@
 // The inbox screen's list model against the loader and the fake Gitea server: the rows it hands
-// the list, their order and QML form, and when it hands them over.
+// the list, their order and QML form, and when it hands them over; and the search over them,
+// which hides rows and nothing else.
 
 #include "fakegiteaserver.h"
 #include "inboxfixture.h"
 #include "inboxrowsmodel.h"
+#include "inboxsearchmodel.h"
 #include "inboxviewmodel.h"
 #include "outcome.h"
 
@@ -13,12 +15,14 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QSignalSpy>
+#include <QStringListModel>
 #include <QtTest>
 
 using namespace kestrine;
 using kestrine::testing::runToEnd;
 using kestrine::testing::TestStores;
 using kestrine::ui::InboxRowsModel;
+using kestrine::ui::InboxSearchModel;
 
 namespace {
 
@@ -54,13 +58,62 @@ QByteArray json(const QJsonArray &array)
     return QJsonDocument(array).toJson(QJsonDocument::Compact);
 }
 
-QVariantList listed(const InboxRowsModel &model)
+QVariantList listed(const QAbstractItemModel &model)
 {
     QVariantList rows;
     for (int i = 0; i < model.rowCount(); ++i)
-        rows.append(model.index(i).data(InboxRowsModel::RowRole));
+        rows.append(model.index(i, 0).data(InboxRowsModel::RowRole));
     return rows;
 }
+
+/// Open pull requests with these numbers and titles, each updated `number` hours into 2024, so
+/// that the inbox lists the highest number first.
+QJsonArray titledPullsJson(const QList<std::pair<int, QString>> &pulls)
+{
+    QJsonArray array;
+    for (const auto &[number, title] : pulls) {
+        const QDateTime updated =
+            QDateTime(QDate(2024, 1, 1), QTime(0, 0), Qt::UTC).addSecs(qint64(number) * 3600);
+        array.append(QJsonObject{{QStringLiteral("id"), 1000 + number},
+                                 {QStringLiteral("number"), number},
+                                 {QStringLiteral("title"), title},
+                                 {QStringLiteral("state"), QStringLiteral("open")},
+                                 {QStringLiteral("updated_at"), updated.toString(Qt::ISODate)}});
+    }
+    return array;
+}
+
+/// The numbers of the pull requests the model lists, in its order, read through its role.
+QList<qint64> numbers(const QAbstractItemModel &model)
+{
+    QList<qint64> listedNumbers;
+    for (const QVariant &row : listed(model)) {
+        listedNumbers.append(row.toMap()
+                                 .value(QStringLiteral("pr"))
+                                 .toMap()
+                                 .value(QStringLiteral("number"))
+                                 .toLongLong());
+    }
+    return listedNumbers;
+}
+
+/// The loader, the list's rows and the search over them, wired as the inbox screen wires them.
+struct SearchedInbox
+{
+    explicit SearchedInbox(SettingsStore &settings)
+        : viewModel(settings)
+    {
+        rows.setViewModel(&viewModel);
+        search.setSourceModel(&rows);
+    }
+
+    bool load() { return runToEnd(viewModel.load()).value.has_value(); }
+
+    InboxViewModel viewModel;
+    InboxRowsModel rows;
+    InboxSearchModel search;
+    QAbstractItemModelTester tester{&search};
+};
 
 } // namespace
 
@@ -181,6 +234,168 @@ private slots:
         model.setViewModel(nullptr);
         QCOMPARE(model.count(), 0);
         QVERIFY(!model.index(0).data(InboxRowsModel::RowRole).isValid());
+    }
+
+    void searchListsTheMatchingRowsInTheListsOrder()
+    {
+        serve(titledPullsJson({{1, QStringLiteral("Fix the login page")},
+                               {2, QStringLiteral("Café menu")},
+                               {3, QStringLiteral("Bump crème deps")}}),
+              titledPullsJson({{42, QStringLiteral("Login for admins")},
+                               {4, QStringLiteral("Docs for the cafe")}}));
+        SearchedInbox inbox(stores->settings);
+        auto &[viewModel, rows, search, tester] = inbox;
+        QVERIFY(inbox.load());
+        QTRY_COMPARE(search.count(), 5);
+        QCOMPARE(numbers(search), (QList<qint64>{42, 4, 3, 2, 1}));
+        QCOMPARE(listed(search), viewModel.displayedRowsForQml());
+        QCOMPARE(search.roleNames().value(InboxRowsModel::RowRole), QByteArray("row"));
+
+        const QList<std::pair<QString, QList<qint64>>> expected = {
+            {QStringLiteral("login"), {42, 1}},
+            {QStringLiteral("LOGIN"), {42, 1}},
+            {QStringLiteral("ann/b"), {42, 4}},
+            {QStringLiteral("#42"), {42}},
+            {QStringLiteral("42"), {42}},
+            {QStringLiteral("#4"), {42, 4}},
+            {QStringLiteral("login ann/a"), {1}},
+            {QStringLiteral("#1 page"), {1}},
+            {QStringLiteral("cafe"), {4, 2}},
+            {QStringLiteral("CAFÉ"), {4, 2}},
+            {QStringLiteral("café menu"), {2}},
+            {QStringLiteral("creme"), {3}},
+            {QStringLiteral("zzz"), {}},
+            {QStringLiteral("login zzz"), {}},
+            {QStringLiteral("  "), {42, 4, 3, 2, 1}},
+            {QString(), {42, 4, 3, 2, 1}},
+        };
+        for (const auto &[text, matching] : expected) {
+            search.setSearchText(text);
+            QCOMPARE(search.searchText(), text);
+            QCOMPARE(numbers(search), matching);
+            QCOMPARE(search.count(), matching.size());
+        }
+    }
+
+    void searchingNeitherLoadsNorChangesTheRowsOrTheCache()
+    {
+        serve(titledPullsJson({{1, QStringLiteral("Fix the login page")}}),
+              titledPullsJson({{2, QStringLiteral("Docs")}}));
+        SearchedInbox inbox(stores->settings);
+        auto &[viewModel, rows, search, tester] = inbox;
+        QVERIFY(inbox.load());
+        QTRY_COMPARE(rows.count(), 2);
+        const qsizetype requests = server->requests().size();
+        const QVariantList displayed = viewModel.displayedRowsForQml();
+        QFile cache(viewModel.cache().filePath());
+        QVERIFY(cache.open(QIODevice::ReadOnly));
+        const QByteArray cached = cache.readAll();
+        cache.close();
+        QSignalSpy published(&viewModel, &InboxViewModel::displayedRowsChanged);
+        QSignalSpy loading(&viewModel, &InboxViewModel::isLoadingChanged);
+        QSignalSpy resets(&rows, &QAbstractItemModel::modelReset);
+
+        for (const QString &text : {QStringLiteral("l"), QStringLiteral("lo"),
+                                    QStringLiteral("login"), QStringLiteral("zzz"), QString()}) {
+            search.setSearchText(text);
+            QTest::qWait(20);
+        }
+        QTest::qWait(100);
+        QCOMPARE(server->requests().size(), requests);
+        QCOMPARE(published.count(), 0);
+        QCOMPARE(loading.count(), 0);
+        QCOMPARE(resets.count(), 0);
+        QCOMPARE(viewModel.count(), 2);
+        QCOMPARE(viewModel.displayedRowsForQml(), displayed);
+        QCOMPARE(rows.count(), 2);
+        QVERIFY(cache.open(QIODevice::ReadOnly));
+        QCOMPARE(cache.readAll(), cached);
+    }
+
+    void aNewSearchRemovesAndInsertsRowsSoThatMatchingRowsStay()
+    {
+        serve(titledPullsJson({{1, QStringLiteral("Fix the login page")},
+                               {2, QStringLiteral("Café menu")},
+                               {3, QStringLiteral("Login for admins")}}),
+              {});
+        SearchedInbox inbox(stores->settings);
+        auto &[viewModel, rows, search, tester] = inbox;
+        QVERIFY(inbox.load());
+        QTRY_COMPARE(search.count(), 3);
+
+        QSignalSpy resets(&search, &QAbstractItemModel::modelReset);
+        QSignalSpy removed(&search, &QAbstractItemModel::rowsRemoved);
+        QSignalSpy inserted(&search, &QAbstractItemModel::rowsInserted);
+        QSignalSpy counts(&search, &InboxSearchModel::countChanged);
+        QSignalSpy texts(&search, &InboxSearchModel::searchTextChanged);
+        // The row of #3 stays the first; only #2 goes.
+        const QPersistentModelIndex first = search.index(0, 0);
+        search.setSearchText(QStringLiteral("login"));
+        QCOMPARE(numbers(search), (QList<qint64>{3, 1}));
+        QCOMPARE(resets.count(), 0);
+        QCOMPARE(removed.count(), 1);
+        QCOMPARE(inserted.count(), 0);
+        QCOMPARE(counts.count(), 1);
+        QCOMPARE(texts.count(), 1);
+        QVERIFY(first.isValid());
+        QCOMPARE(first.row(), 0);
+
+        // The same words: nothing to redo.
+        search.setSearchText(QStringLiteral("Login "));
+        QCOMPARE(texts.count(), 2);
+        QCOMPARE(removed.count(), 1);
+        QCOMPARE(inserted.count(), 0);
+        QCOMPARE(counts.count(), 1);
+
+        search.setSearchText(QString());
+        QCOMPARE(numbers(search), (QList<qint64>{3, 2, 1}));
+        QCOMPARE(resets.count(), 0);
+        QCOMPARE(inserted.count(), 1);
+        QCOMPARE(counts.count(), 2);
+        QCOMPARE(first.row(), 0);
+    }
+
+    void aLoadWhileSearchingListsTheNewRowsThatMatch()
+    {
+        serve(titledPullsJson(
+                  {{1, QStringLiteral("Fix the login page")}, {2, QStringLiteral("Café menu")}}),
+              {});
+        SearchedInbox inbox(stores->settings);
+        auto &[viewModel, rows, search, tester] = inbox;
+        QVERIFY(inbox.load());
+        QTRY_COMPARE(rows.count(), 2);
+        search.setSearchText(QStringLiteral("login"));
+        QCOMPARE(numbers(search), (QList<qint64>{1}));
+
+        // #2 is renamed, #5 is new: the search reads the new titles, not the ones it folded.
+        serve(titledPullsJson({{1, QStringLiteral("Fix the login page")},
+                               {2, QStringLiteral("Login café")},
+                               {5, QStringLiteral("Logins everywhere")}}),
+              titledPullsJson({{3, QStringLiteral("Docs")}}));
+        QVERIFY(runToEnd(viewModel.load()).value);
+        QTRY_COMPARE(rows.count(), 4);
+        QCOMPARE(search.searchText(), QStringLiteral("login"));
+        QCOMPARE(numbers(search), (QList<qint64>{5, 2, 1}));
+        QCOMPARE(search.count(), 3);
+
+        // An empty load leaves the search nothing to show.
+        serve({}, {});
+        QVERIFY(runToEnd(viewModel.load()).value);
+        QTRY_COMPARE(rows.count(), 0);
+        QCOMPARE(search.count(), 0);
+    }
+
+    void withoutInboxRowsTheSearchShowsNothingButAnEmptySearchShowsAll()
+    {
+        QStringListModel other({QStringLiteral("login"), QStringLiteral("docs")});
+        InboxSearchModel search;
+        search.setSourceModel(&other);
+        QCOMPARE(search.count(), 2);
+        search.setSearchText(QStringLiteral("login"));
+        QCOMPARE(search.count(), 0);
+        search.setSourceModel(nullptr);
+        search.setSearchText(QString());
+        QCOMPARE(search.count(), 0);
     }
 };
 

@@ -137,6 +137,11 @@ int TestGitea::requestCount(const QString &method, const QString &path) const
     return int(m_server->requests(method.toLatin1(), path).size());
 }
 
+int TestGitea::totalRequestCount() const
+{
+    return int(m_server->requests().size());
+}
+
 QString TestGitea::lastBody(const QString &method, const QString &path) const
 {
     const QList<RecordedRequest> requests = m_server->requests(method.toLatin1(), path);

@@ -74,6 +74,8 @@ public:
 
     /// How many `method` requests for `path` arrived (the path as decoded, without the query).
     Q_INVOKABLE int requestCount(const QString &method, const QString &path) const;
+    /// How many requests of any kind arrived.
+    Q_INVOKABLE int totalRequestCount() const;
     /// The body of the last such request; "" when there was none.
     Q_INVOKABLE QString lastBody(const QString &method, const QString &path) const;
 

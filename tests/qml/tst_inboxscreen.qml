@@ -4,7 +4,7 @@ import QtTest
 import Kestrine
 
 // The inbox screen: what it shows in each state, its pull-to-refresh, the settings sheet and its
-// reload after a merge, and the rows and badges.
+// reload after a merge, the search field over its list, and the rows and badges.
 Item {
     id: root
     width: 390
@@ -246,6 +246,257 @@ Item {
             inbox.settingsSheet.close();
             tryVerify(() => repoListRequests() === before + 1);
             verify(!SettingsStore.inboxNeedsRefresh);
+        }
+
+        // The search field, focused by a tap as a finger would.
+        function focusSearch(inbox) {
+            const field = find(inbox, "inboxSearchField");
+            verify(field.visible);
+            mouseClick(field);
+            verify(field.activeFocus);
+            return field;
+        }
+
+        // Types `text` into the focused field a key at a time.
+        function type(text) {
+            for (const character of text)
+                keyClick(character);
+        }
+
+        // The numbers of the rows the list shows, in order.
+        function listedNumbers(inbox) {
+            const list = find(inbox, "inboxList");
+            const numbers = [];
+            for (let i = 0; i < list.count; ++i) {
+                list.positionViewAtIndex(i, ListView.Contain);
+                const item = list.itemAtIndex(i);
+                verify(item, "row " + i + " was not built");
+                numbers.push(item.row.pr.number);
+            }
+            list.positionViewAtBeginning();
+            return numbers;
+        }
+
+        // The numbers of the displayed rows whose repository is `fullName`, in the list's order.
+        function numbersOf(inbox, fullName) {
+            return inbox.vm.displayedRows.filter(row => row.repo.full_name === fullName)
+                                         .map(row => row.pr.number);
+        }
+
+        function test_searchFieldIsAtTheTopOfTheListAndNamed() {
+            const inbox = openInbox();
+            const field = find(inbox, "inboxSearchField");
+            const list = find(inbox, "inboxList");
+            verify(field.visible);
+            compare(field.text, "");
+            compare(field.placeholderText, "Search");
+            compare(field.Accessible.name, "Search pull requests");
+            verify(!find(field, "searchClearButton").visible);
+            compare(find(field, "searchClearButton").Accessible.name, "Clear search");
+            // Above the list, within the screen's width.
+            const fieldBottom = field.mapToItem(inbox, 0, field.height).y;
+            verify(fieldBottom <= list.mapToItem(inbox, 0, 0).y, fieldBottom);
+            const left = field.mapToItem(inbox, 0, 0).x;
+            verify(left >= 8 && left + field.width <= inbox.width - 8, left + " " + field.width);
+        }
+
+        function test_searchFiltersTheRowsAsYouTypeWithoutARequest() {
+            const inbox = openInbox();
+            const all = inbox.vm.displayedRows.map(row => row.pr.number);
+            compare(all.length, 7);
+            const before = gitea.totalRequestCount();
+            const field = focusSearch(inbox);
+
+            // A repository's name, a key at a time: "t" still finds titles too.
+            type("to");
+            verify(listedNumbers(inbox).length < all.length);
+            type("ol");
+            compare(field.text, "tool");
+            compare(listedNumbers(inbox), numbersOf(inbox, "ann/tool"));
+            verify(find(field, "searchClearButton").visible);
+
+            // A title's word, in another case.
+            field.clear();
+            type("PRIVACY");
+            compare(listedNumbers(inbox), [3]);
+
+            // The number, with its "#" and without.
+            field.clear();
+            type("#2");
+            compare(listedNumbers(inbox), [2]);
+            field.clear();
+            type("10");
+            compare(listedNumbers(inbox), [10]);
+
+            // Several words, each in a field of its own: the title, the repository, the number.
+            field.clear();
+            type("the infra #2");
+            compare(listedNumbers(inbox), [2]);
+            field.clear();
+            type("upload #11");
+            compare(listedNumbers(inbox), [11]);
+            field.clear();
+            type("ann/tool upload");
+            compare(listedNumbers(inbox), numbersOf(inbox, "ann/tool").filter(n => n === 7 || n === 11));
+
+            // The × gives every row back.
+            mouseClick(find(field, "searchClearButton"));
+            compare(field.text, "");
+            verify(!find(field, "searchClearButton").visible);
+            compare(listedNumbers(inbox), all);
+
+            wait(200);
+            compare(gitea.totalRequestCount(), before);
+            verify(!inbox.vm.isLoading);
+            compare(inbox.vm.count, all.length);
+        }
+
+        function test_searchIgnoresAccentsBothWays() {
+            gitea.answer("GET", "/api/v1/repos/ann/tool/pulls", 200, JSON.stringify([
+                { id: 901, number: 31, title: "Crème brûlée for the café", state: "open",
+                  updated_at: "2024-06-02T10:00:00Z" },
+                { id: 902, number: 32, title: "Cafe opening hours", state: "open",
+                  updated_at: "2024-06-01T10:00:00Z" },
+                { id: 903, number: 33, title: "Coffee", state: "open",
+                  updated_at: "2024-05-30T10:00:00Z" }
+            ]));
+            const inbox = openInbox();
+            const field = focusSearch(inbox);
+            type("cafe");
+            compare(listedNumbers(inbox), [31, 32]);
+            field.clear();
+            type("creme");
+            compare(listedNumbers(inbox), [31]);
+            // An accented letter as an input method hands it over, in capitals.
+            field.clear();
+            field.insert(0, "CAFÉ");
+            compare(listedNumbers(inbox), [31, 32]);
+            field.clear();
+            field.insert(0, "brûlée crème");
+            compare(listedNumbers(inbox), [31]);
+        }
+
+        function test_aSearchThatMatchesNothingSaysSo() {
+            const inbox = openInbox();
+            const before = gitea.totalRequestCount();
+            const field = focusSearch(inbox);
+            const noMatches = find(inbox, "noMatchesState");
+            verify(!noMatches.visible);
+            type("zzz");
+            compare(find(inbox, "inboxList").count, 0);
+            compare(inbox.content, "list");
+            verify(noMatches.visible);
+            // Curly quotes: U+201C before, U+201D after.
+            compare(noMatches.title, "No matches for \u201czzz\u201d");
+            verify(!find(inbox, "noOpenPRsState").visible);
+            verify(!find(inbox, "emptyScroll").visible);
+            // The text as typed, without the spaces around it.
+            type("  ");
+            compare(noMatches.title, "No matches for “zzz”");
+            field.clear();
+            type(" login  zzz ");
+            compare(noMatches.title, "No matches for “login  zzz”");
+
+            // The list under it can still be pulled down to reload; the search stays.
+            pullDown(find(inbox, "inboxList"));
+            tryVerify(() => gitea.totalRequestCount() > before, 5000);
+            tryVerify(() => !inbox.vm.isLoading, 5000);
+            verify(noMatches.visible);
+            compare(field.text, " login  zzz ");
+
+            mouseClick(find(field, "searchClearButton"));
+            verify(!noMatches.visible);
+            compare(find(inbox, "inboxList").count, inbox.vm.count);
+        }
+
+        function test_noOpenPRsKeepsItsMeaningWhateverIsTyped() {
+            SettingsStore.monitoredRepos = ["bo/dotfiles"];
+            const inbox = openInbox();
+            compare(inbox.content, "empty");
+            const field = focusSearch(inbox);
+            type("zzz");
+            compare(inbox.content, "empty");
+            verify(find(inbox, "noOpenPRsState").visible);
+            verify(!find(inbox, "noMatchesState").visible);
+            // While the first load runs with nothing to show, the search says nothing either.
+            SettingsStore.monitoredRepos = [];
+            gitea.answer("GET", "/api/v1/user/repos", 200, "[]", 800);
+            inbox.vm.reload();
+            tryVerify(() => inbox.vm.isLoading);
+            verify(!find(inbox, "noMatchesState").visible);
+            tryVerify(() => !inbox.vm.isLoading, 5000);
+            compare(field.text, "zzz");
+        }
+
+        function test_theSearchStaysWhenALoadBringsNewRows() {
+            const inbox = openInbox();
+            const field = focusSearch(inbox);
+            type("tool");
+            const tool = numbersOf(inbox, "ann/tool");
+            compare(listedNumbers(inbox), tool);
+            gitea.answer("GET", "/api/v1/repos/ann/tool/pulls", 200, JSON.stringify([
+                { id: 904, number: 40, title: "A new tool change", state: "open",
+                  updated_at: "2024-07-01T10:00:00Z" }
+            ]));
+            inbox.vm.reload();
+            tryVerify(() => !inbox.vm.isLoading, 5000);
+            tryCompare(find(inbox, "inboxList"), "count", 1);
+            compare(listedNumbers(inbox), [40]);
+            compare(field.text, "tool");
+        }
+
+        function test_openingARowPutsTheKeyboardAwayAndKeepsTheSearch() {
+            const inbox = openInbox();
+            const field = focusSearch(inbox);
+            type("privacy");
+            const list = find(inbox, "inboxList");
+            compare(list.count, 1);
+            mouseClick(list.itemAtIndex(0));
+            const stack = inbox.StackView.view;
+            tryCompare(stack, "depth", 2);
+            verify(!field.activeFocus);
+            compare(stack.currentItem.prNumber, 3);
+            tryVerify(() => !stack.busy);
+            stack.pop();
+            tryVerify(() => !stack.busy);
+            compare(field.text, "privacy");
+            compare(list.count, 1);
+        }
+
+        function test_draggingTheListPutsTheKeyboardAway() {
+            const inbox = openInbox();
+            const field = focusSearch(inbox);
+            type("the");
+            const list = find(inbox, "inboxList");
+            verify(list.count > 3);
+            const x = list.width / 2;
+            mousePress(list, x, 300);
+            for (let step = 1; step <= 6; ++step)
+                mouseMove(list, x, 300 - step * 20, 16);
+            mouseRelease(list, x, 180, Qt.LeftButton, Qt.NoModifier, 16);
+            verify(!field.activeFocus);
+            compare(field.text, "the");
+        }
+
+        function test_escapeClearsAndTheFindKeyFocusesTheField() {
+            const inbox = openInbox();
+            const field = find(inbox, "inboxSearchField");
+            verify(!field.activeFocus);
+            keySequence(StandardKey.Find);
+            tryVerify(() => field.activeFocus);
+            type("tool");
+            verify(find(inbox, "inboxList").count < inbox.vm.count);
+            keyClick(Qt.Key_Escape);
+            compare(field.text, "");
+            compare(find(inbox, "inboxList").count, inbox.vm.count);
+        }
+
+        function test_notConfiguredHidesTheSearch() {
+            const inbox = openInbox();
+            verify(find(inbox, "inboxSearchField").visible);
+            SettingsStore.token = "";
+            verify(!find(inbox, "inboxSearchField").visible);
+            verify(!find(inbox, "noMatchesState").visible);
         }
 
         function test_pullRequestWithoutDraftShowsNoDraftMarker_data() {

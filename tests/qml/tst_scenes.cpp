@@ -98,6 +98,7 @@ private slots:
         const QStringList scenes = tour.scenes();
         QVERIFY2(scenes.size() >= 60, qPrintable(QString::number(scenes.size())));
         QVERIFY(scenes.contains(QStringLiteral("inbox")));
+        QVERIFY(scenes.contains(QStringLiteral("inbox-search-no-matches")));
         QVERIFY(scenes.contains(QStringLiteral("detail-checks-failing")));
         QVERIFY(scenes.contains(QStringLiteral("hostile-detail-overview")));
         QVERIFY(scenes.contains(QStringLiteral("hostile-logs")));

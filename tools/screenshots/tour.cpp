@@ -127,6 +127,19 @@ struct TourSteps
         Tour::settle(500);
     }
 
+    /// Types `text` into the inbox's search field, which keeps the focus as while typing; an
+    /// empty text clears the field and lets the focus go.
+    static void search(Tour &t, const QString &text)
+    {
+        QObject *field = t.find(QStringLiteral("inboxSearchField"));
+        field->setProperty("text", text);
+        if (text.isEmpty())
+            field->setProperty("focus", false);
+        else
+            QMetaObject::invokeMethod(field, "forceActiveFocus");
+        Tour::settle(400);
+    }
+
     static void selectTab(QObject *detail, int tab)
     {
         QMetaObject::invokeMethod(detail, "selectTab", Q_ARG(QVariant, tab));
@@ -292,6 +305,13 @@ void TourSteps::demoScenes(Tour &t)
     t.shoot(QStringLiteral("inbox-not-configured"));
     settings->setToken(token);
     Tour::settle(200);
+
+    // Searching: the rows that match as the user types, then a search that finds none.
+    search(t, QStringLiteral("cache"));
+    t.shoot(QStringLiteral("inbox-search"));
+    search(t, QStringLiteral("kubernetes"));
+    t.shoot(QStringLiteral("inbox-search-no-matches"));
+    search(t, QString());
 
     // --- Settings
     QMetaObject::invokeMethod(inbox, "openSettings");
@@ -592,6 +612,11 @@ void TourSteps::demoScenes(Tour &t)
     window->resize(1280, 800);
     Tour::settle(600);
     t.shoot(QStringLiteral("desktop-inbox"));
+    search(t, QStringLiteral("harbor"));
+    t.shoot(QStringLiteral("desktop-inbox-search"));
+    search(t, QStringLiteral("kubernetes"));
+    t.shoot(QStringLiteral("desktop-inbox-search-no-matches"));
+    search(t, QString());
     detail = openDetail(t, rowOf(inbox, 142));
     t.shoot(QStringLiteral("desktop-detail"));
     back(t);
@@ -616,6 +641,12 @@ void TourSteps::hostileScenes(Tour &t, testing::StrangerHost &stranger)
     reloadInbox(inboxVm);
     Tour::settle(300);
     t.shoot(QStringLiteral("hostile-inbox"));
+    // The user's own words are shown as typed too, markup and direction marks included.
+    search(t, QStringLiteral("<b>bold"));
+    t.shoot(QStringLiteral("hostile-inbox-search"));
+    search(t, QStringLiteral("<i>none</i> \u202eevil"));
+    t.shoot(QStringLiteral("hostile-inbox-search-no-matches"));
+    search(t, QString());
 
     QObject *detail = openDetail(t, rowOf(inbox, 1));
     t.shoot(QStringLiteral("hostile-detail-overview"));
