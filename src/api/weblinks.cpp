@@ -200,4 +200,23 @@ std::optional<QUrl> linkTarget(const QList<WebLink> &links, const QString &relat
     return std::nullopt;
 }
 
+bool isWebPage(const QUrl &url)
+{
+    if (!url.isValid() || url.isRelative())
+        return false;
+    // QUrl keeps schemes lower-cased, so "HTTPS:" is "https" here.
+    const QString scheme = url.scheme();
+    return (scheme == u"http" || scheme == u"https") && !url.host().isEmpty();
+}
+
+std::optional<QUrl> webPage(const std::optional<QString> &address)
+{
+    if (!address)
+        return std::nullopt;
+    QUrl url(*address);
+    if (!isWebPage(url))
+        return std::nullopt;
+    return url;
+}
+
 } // namespace kestrine

@@ -1,7 +1,8 @@
 #pragma once
 
-// The "Link" header of an HTTP answer (RFC 8288): the pages of a list a server hands out piece
-// by piece name each other through it.
+// Addresses on the web: the "Link" header of an HTTP answer (RFC 8288), through which the pages of
+// a list a server hands out piece by piece name each other, and which addresses a server sends may
+// be handed to a browser at all.
 
 #include <QByteArrayView>
 #include <QList>
@@ -35,5 +36,13 @@ QList<WebLink> parseLinkHeader(QByteArrayView value, const QUrl &base);
 
 /// The target of the first link with relation type `relation` that has no anchor.
 std::optional<QUrl> linkTarget(const QList<WebLink> &links, const QString &relation);
+
+/// True for an absolute `http` or `https` URL with a host: a page a browser shows. Addresses come
+/// from servers and from text strangers wrote; any other scheme (`file:`, `javascript:`, a custom
+/// one) would have the desktop open a local file or start another program.
+bool isWebPage(const QUrl &url);
+/// `address` as a URL when it names a web page (see isWebPage); nothing when it is absent or names
+/// anything else.
+std::optional<QUrl> webPage(const std::optional<QString> &address);
 
 } // namespace kestrine

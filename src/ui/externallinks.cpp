@@ -1,5 +1,7 @@
 #include "externallinks.h"
 
+#include "weblinks.h"
+
 #include <QDesktopServices>
 
 namespace kestrine::ui {
@@ -10,13 +12,10 @@ ExternalLinks::ExternalLinks(QObject *parent)
 
 bool ExternalLinks::isOpenable(const QUrl &url)
 {
-    if (!url.isValid() || url.isRelative())
-        return false;
-    // QUrl keeps schemes lower-cased, so "HTTPS:" is "https" here.
-    const QString scheme = url.scheme();
-    if (scheme == u"http" || scheme == u"https")
-        return !url.host().isEmpty();
-    return scheme == u"mailto" && !url.path().isEmpty();
+    if (isWebPage(url))
+        return true;
+    // QUrl keeps schemes lower-cased, so "MAILTO:" is "mailto" here.
+    return url.isValid() && url.scheme() == u"mailto" && !url.path().isEmpty();
 }
 
 bool ExternalLinks::isOpenable(const QString &link)

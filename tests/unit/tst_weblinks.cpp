@@ -1,5 +1,6 @@
 // Reading the "Link" header of a paged answer: the grammar of links, parameters and relation
-// types, and which links count as the next page.
+// types, and which links count as the next page. And which addresses a server sends name a web
+// page that a browser may be given.
 
 #include "weblinks.h"
 
@@ -150,6 +151,51 @@ private slots:
         const QList<WebLink> links = parseLinkHeader("<?page=2>; crossorigin; rel=next", base);
         QCOMPARE(links.size(), 1);
         QVERIFY(linkTarget(links, QStringLiteral("next")));
+    }
+
+    void onlyAbsoluteHttpAndHttpsAddressesAreWebPages_data()
+    {
+        QTest::addColumn<bool>("present");
+        QTest::addColumn<QString>("address");
+        QTest::addColumn<QString>("page");
+
+        QTest::newRow("gitea's") << true << "https://git.example.org/ann/tool/pulls/7"
+                                 << "https://git.example.org/ann/tool/pulls/7";
+        QTest::newRow("http with a port") << true << "http://127.0.0.1:3000/ann/tool/pulls/7"
+                                          << "http://127.0.0.1:3000/ann/tool/pulls/7";
+        QTest::newRow("upper-case scheme") << true << "HTTPS://git.example.org/a/b/pulls/1"
+                                           << "https://git.example.org/a/b/pulls/1";
+        QTest::newRow("under a prefix") << true << "https://example.org/git/ann/tool/pulls/7"
+                                        << "https://example.org/git/ann/tool/pulls/7";
+        QTest::newRow("absent") << false << QString() << QString();
+        // Addresses that are no web page, or no address at all.
+        const auto refused = [](const char *name, const char *address) {
+            QTest::newRow(name) << true << QString::fromUtf8(address) << QString();
+        };
+        refused("empty", "");
+        refused("javascript", "javascript:alert(1)");
+        refused("file", "file:///etc/passwd");
+        refused("upper-case file", "FILE:///etc/passwd");
+        refused("mail", "mailto:ann@example.org");
+        refused("custom scheme", "kestrine-evil://run");
+        refused("ssh", "ssh://git@example.org/ann/tool");
+        refused("relative", "/ann/tool/pulls/7");
+        refused("scheme-relative", "//git.example.org/ann/tool/pulls/7");
+        refused("no host", "https:///ann/tool/pulls/7");
+        refused("blank before the scheme", " https://git.example.org/x");
+    }
+
+    void onlyAbsoluteHttpAndHttpsAddressesAreWebPages()
+    {
+        QFETCH(bool, present);
+        QFETCH(QString, address);
+        QFETCH(QString, page);
+        const std::optional<QUrl> url = webPage(present ? std::optional(address) : std::nullopt);
+        QCOMPARE(url.has_value(), !page.isEmpty());
+        if (url) {
+            QVERIFY(isWebPage(*url));
+            QCOMPARE(url->toString(QUrl::FullyEncoded), page);
+        }
     }
 };
 
