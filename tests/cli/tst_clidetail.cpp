@@ -232,14 +232,8 @@ private slots:
     void showLeavesOutAnAddressThatIsNoWebPage()
     {
         QFETCH(QJsonValue, htmlUrl);
-        QJsonObject pull = gitea->simulation()
-                               .pullRequest(QStringLiteral("ann"), QStringLiteral("tool"), 7)
-                               .value();
-        pull.remove(QStringLiteral("html_url"));
-        if (!htmlUrl.isUndefined())
-            pull.insert(QStringLiteral("html_url"), htmlUrl);
-        gitea->server().route("GET", QStringLiteral("/api/v1/repos/ann/tool/pulls/7"),
-                              FakeResponse::json(QJsonDocument(pull).toJson()));
+        gitea->answerPullRequestWith(QStringLiteral("ann"), QStringLiteral("tool"), 7,
+                                     QStringLiteral("html_url"), htmlUrl);
 
         const CliResult result = cli->run({QStringLiteral("show"), tool, QStringLiteral("7")});
 

@@ -9,8 +9,7 @@
 
 #include <QDir>
 #include <QFile>
-#include <QJsonDocument>
-#include <QJsonObject>
+#include <QJsonValue>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -66,20 +65,6 @@ private:
     void searchOnly(const QString &folder)
     {
         cli->environment.insert(QStringLiteral("PATH"), folder);
-    }
-
-    /// Pull request 7 of ann/tool as the simulation answers it, with `htmlUrl` for its address
-    /// (left out when undefined).
-    void answerWithAddress(const QJsonValue &htmlUrl)
-    {
-        QJsonObject pull = gitea->simulation()
-                               .pullRequest(QStringLiteral("ann"), QStringLiteral("tool"), 7)
-                               .value();
-        pull.remove(QStringLiteral("html_url"));
-        if (!htmlUrl.isUndefined())
-            pull.insert(QStringLiteral("html_url"), htmlUrl);
-        gitea->server().route("GET", QStringLiteral("/api/v1/repos/ann/tool/pulls/7"),
-                              FakeResponse::json(QJsonDocument(pull).toJson()));
     }
 
 private slots:
@@ -187,7 +172,8 @@ private slots:
     {
         QFETCH(QJsonValue, htmlUrl);
         QFETCH(QString, error);
-        answerWithAddress(htmlUrl);
+        gitea->answerPullRequestWith(QStringLiteral("ann"), QStringLiteral("tool"), 7,
+                                     QStringLiteral("html_url"), htmlUrl);
         // Not even to a browser named in the environment.
         cli->environment.insert(QStringLiteral("BROWSER"),
                                 withOpener() + QStringLiteral("/xdg-open"));
