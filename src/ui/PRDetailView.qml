@@ -331,25 +331,25 @@ Page {
                             }
                         }
                         // A caption is a small target for a finger: the handlers reach a little
-                        // beyond the text.
+                        // beyond the text, up to the title and the badges but not over them.
                         TapHandler {
                             id: referenceTap
                             objectName: "prReferenceTap"
                             enabled: referenceLink.isLink
-                            margin: 10
+                            margin: 6
                             onTapped: root.openWebPage()
                             onLongPressed: root.copyWebLink()
                         }
                         TapHandler {
                             id: referenceMenuTap
                             enabled: referenceLink.isLink
-                            margin: 10
+                            margin: 6
                             acceptedButtons: Qt.RightButton
                             onTapped: root.copyWebLink()
                         }
                         HoverHandler {
                             enabled: referenceLink.isLink
-                            margin: 10
+                            margin: 6
                             cursorShape: Qt.PointingHandCursor
                         }
                     }

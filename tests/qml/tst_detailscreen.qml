@@ -215,7 +215,7 @@ Item {
             // A caption is a small target for a finger; a tap just under it still counts.
             const detail = openPullRequest(7);
             const reference = find(detail, "prReference");
-            mouseClick(reference, reference.width / 2, reference.height + 6);
+            mouseClick(reference, reference.width / 2, reference.height + 4);
             compare(gitea.openedLinks(), [gitea.url + "/ann/tool/pulls/7"]);
         }
 
