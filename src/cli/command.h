@@ -43,6 +43,7 @@ Command inboxCommand();
 Command checkCommand();
 Command logsCommand();
 Command showCommand();
+Command openCommand();
 Command diffCommand();
 Command jobLogCommand();
 Command commentCommand();

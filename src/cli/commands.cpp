@@ -5,10 +5,11 @@ namespace kestrine::cli {
 const QList<Command> &commands()
 {
     static const QList<Command> all{
-        loginCommand(),   logoutCommand(),         settingsCommand(), inboxCommand(),
-        showCommand(),    diffCommand(),           jobLogCommand(),   commentCommand(),
-        approveCommand(), requestChangesCommand(), closeCommand(),    reopenCommand(),
-        rerunCommand(),   mergeCommand(),          checkCommand(),    logsCommand(),
+        loginCommand(),   logoutCommand(),  settingsCommand(),       inboxCommand(),
+        showCommand(),    openCommand(),    diffCommand(),           jobLogCommand(),
+        commentCommand(), approveCommand(), requestChangesCommand(), closeCommand(),
+        reopenCommand(),  rerunCommand(),   mergeCommand(),          checkCommand(),
+        logsCommand(),
     };
     return all;
 }

@@ -57,6 +57,8 @@ QString programHelp()
                {QStringLiteral("XDG_CACHE_HOME"),
                 QStringLiteral("holds norrum/kestrine/: the inbox cache and the notification "
                                "state")},
+               {QStringLiteral("BROWSER"),
+                QStringLiteral("what open hands a page to where xdg-open is not installed")},
            }) +
            QStringLiteral("\n"
                           "Exit status: 0 success; 1 the operation failed (its error on standard "

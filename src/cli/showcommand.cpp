@@ -41,7 +41,11 @@ QString header(const PRDetailViewModel &model, const PullRequestTarget &target)
         facts.append(badge);
     if (pr.draft.value_or(false))
         facts.append(QStringLiteral("Draft"));
-    return pr.title + u'\n' + facts.join(QStringLiteral(" · "));
+    QString text = pr.title + u'\n' + facts.join(QStringLiteral(" · "));
+    // Where the rest of the team sees it, when the server gave a web address for it.
+    if (const std::optional<QUrl> url = model.webUrl())
+        text += u'\n' + url->toString(QUrl::FullyEncoded);
+    return text;
 }
 
 QString description(const PullRequest &pr)
@@ -217,8 +221,10 @@ Command showCommand()
                           "cut} as JSON")}}},
         QStringLiteral("Loads the pull request as its detail screen does and prints, one block "
                        "each:\n"
-                       "  the title, and OWNER/REPO#NUMBER · state · CI summary · review "
-                       "summary;\n"
+                       "  the title, OWNER/REPO#NUMBER · state · CI summary · review summary, "
+                       "and the\n"
+                       "  address of its page on the server (when that is an http or https "
+                       "address);\n"
                        "  the description;\n"
                        "  the reviews and the comments;\n"
                        "  the changed files with their added and removed line counts;\n"

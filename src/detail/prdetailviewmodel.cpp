@@ -6,6 +6,7 @@
 #include "listcut.h"
 #include "qmlrecords_p.h"
 #include "settingsstore.h"
+#include "weblinks.h"
 
 namespace kestrine {
 
@@ -427,6 +428,18 @@ void PRDetailViewModel::setQmlRepo(const QVariant &repo)
 QVariant PRDetailViewModel::qmlPr() const
 {
     return m_pr ? toQmlValue(*m_pr) : QVariant();
+}
+
+std::optional<QUrl> PRDetailViewModel::webUrl() const
+{
+    return m_pr ? webPage(m_pr->htmlURL) : std::nullopt;
+}
+
+QString PRDetailViewModel::qmlWebUrl() const
+{
+    // Encoded, so that what is shown, copied and opened is one text without spaces or controls.
+    const std::optional<QUrl> url = webUrl();
+    return url ? url->toString(QUrl::FullyEncoded) : QString();
 }
 
 QVariant PRDetailViewModel::qmlCommits() const

@@ -13,6 +13,7 @@
 #include <QObject>
 #include <QPointer>
 #include <QString>
+#include <QUrl>
 #include <QVariant>
 #include <QtQml/qqmlregistration.h>
 #include <optional>
@@ -45,6 +46,8 @@ class PRDetailViewModel : public QObject, public SettingsUser
     Q_PROPERTY(qint64 prNumber READ prNumber WRITE setPrNumber NOTIFY prNumberChanged)
     Q_PROPERTY(QVariant pr READ qmlPr NOTIFY prChanged)
     Q_PROPERTY(bool hasPr READ hasPr NOTIFY prChanged)
+    /// The pull request's page on the server, "" unless that is an http or https address.
+    Q_PROPERTY(QString webUrl READ qmlWebUrl NOTIFY prChanged)
     Q_PROPERTY(kestrine::RecordListModel *commentsModel READ commentsModel CONSTANT)
     Q_PROPERTY(kestrine::RecordListModel *reviewsModel READ reviewsModel CONSTANT)
     Q_PROPERTY(kestrine::RecordListModel *filesModel READ filesModel CONSTANT)
@@ -83,6 +86,10 @@ public:
 
     const std::optional<PullRequest> &pr() const { return m_pr; }
     bool hasPr() const { return m_pr.has_value(); }
+    /// The pull request's page on the server (its `html_url`), for a browser: nothing while no
+    /// pull request is loaded, and nothing when the server sent no address or one that is not a
+    /// web page (a `javascript:` or `file:` address, say), which is never to be opened.
+    std::optional<QUrl> webUrl() const;
     const QList<IssueComment> &comments() const { return m_comments; }
     const QList<PullReview> &reviews() const { return m_reviews; }
     const QList<ChangedFile> &files() const { return m_files; }
@@ -161,6 +168,7 @@ public:
     /// is ignored.
     void setQmlRepo(const QVariant &repo);
     QVariant qmlPr() const;
+    QString qmlWebUrl() const;
     QVariant qmlCommits() const;
     QString qmlErrorMessage() const { return m_errorMessage.value_or(QString()); }
     QString qmlBusyMessage() const { return m_busyMessage.value_or(QString()); }

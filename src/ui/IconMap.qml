@@ -7,6 +7,7 @@ QtObject {
     readonly property var files: ({
         "arrow.clockwise": "arrow-clockwise.svg",
         "arrow.triangle.merge": "arrow-triangle-merge.svg",
+        "arrow.up.right": "arrow-up-right.svg",
         "bubble.left.and.bubble.right": "bubble-left-and-bubble-right.svg",
         "checkmark": "checkmark.svg",
         "checkmark.bubble": "checkmark-bubble.svg",

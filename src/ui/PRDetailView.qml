@@ -43,6 +43,7 @@ Page {
     readonly property alias busyOverlay: busyOverlay
     readonly property alias mergedOverlay: mergedOverlay
     readonly property alias tabBar: tabBar
+    readonly property alias toast: toast
 
     function selectTab(index) {
         selectedTab = index;
@@ -72,6 +73,22 @@ Page {
         SettingsStore.inboxNeedsRefresh = true;
         showMergeSuccess = true;
         dismissTimer.start();
+    }
+
+    // The pull request's page in the browser, where the rest of the team reviews it. The view
+    // model gives an address only when it is an http or https one: the server's text never makes
+    // the desktop open a file or start a program.
+    function openWebPage() {
+        if (vm.webUrl !== "")
+            ExternalLinks.open(vm.webUrl);
+    }
+
+    // The same address on the clipboard, to paste into a chat or a ticket.
+    function copyWebLink() {
+        if (vm.webUrl === "")
+            return;
+        ShareService.copyText(vm.webUrl);
+        toast.show("Link copied");
     }
 
     function dismiss() {
@@ -259,15 +276,82 @@ Page {
                 RowLayout {
                     Layout.fillWidth: true
                     spacing: 8
-                    Label {
-                        objectName: "prReference"
-                        textFormat: Text.PlainText
+                    // "owner/repo#N": with a web address, a link to the pull request's page. A tap
+                    // opens it; a long press or a right click copies it.
+                    Item {
+                        id: referenceLink
+                        objectName: "prReferenceLink"
+                        readonly property bool isLink: root.vm.webUrl !== ""
                         // Its whole width, unless the line is too narrow for it and the badges.
                         Layout.maximumWidth: Math.max(80, headerColumn.width - 150)
-                        text: Bidi.isolate(root.repo ? root.repo.full_name : "") + "#" + root.prNumber
-                        elide: Text.ElideMiddle
-                        color: Theme.secondaryText
-                        font.pixelSize: Theme.caption
+                        Layout.preferredWidth: prReference.implicitWidth + linkMarkWidth
+                        // The arrow after a link, with its gap.
+                        readonly property real linkMarkWidth: isLink ? linkMark.width + referenceRow.spacing : 0
+                        implicitHeight: referenceRow.implicitHeight
+
+                        Accessible.role: isLink ? Accessible.Link : Accessible.StaticText
+                        Accessible.name: prReference.text
+                        Accessible.description: isLink
+                                                ? "Opens the pull request in the browser. A long press copies the link."
+                                                : ""
+                        Accessible.focusable: isLink
+                        Accessible.onPressAction: root.openWebPage()
+
+                        // Shows the press on the small text, a little larger than it.
+                        Rectangle {
+                            anchors.fill: parent
+                            anchors.margins: -4
+                            radius: 4
+                            color: Theme.alpha(Theme.secondaryText, 0.18)
+                            visible: referenceTap.pressed || referenceMenuTap.pressed
+                        }
+                        Row {
+                            id: referenceRow
+                            width: parent.width
+                            spacing: 3
+                            Label {
+                                id: prReference
+                                objectName: "prReference"
+                                textFormat: Text.PlainText
+                                width: Math.min(implicitWidth, referenceRow.width - referenceLink.linkMarkWidth)
+                                text: Bidi.isolate(root.repo ? root.repo.full_name : "") + "#" + root.prNumber
+                                elide: Text.ElideMiddle
+                                color: Theme.secondaryText
+                                font.pixelSize: Theme.caption
+                                font.underline: referenceLink.isLink
+                            }
+                            Icon {
+                                id: linkMark
+                                objectName: "prReferenceLinkMark"
+                                anchors.verticalCenter: prReference.verticalCenter
+                                visible: referenceLink.isLink
+                                symbol: "arrow.up.right"
+                                size: 11
+                                color: Theme.secondaryText
+                            }
+                        }
+                        // A caption is a small target for a finger: the handlers reach a little
+                        // beyond the text, up to the title and the badges but not over them.
+                        TapHandler {
+                            id: referenceTap
+                            objectName: "prReferenceTap"
+                            enabled: referenceLink.isLink
+                            margin: 6
+                            onTapped: root.openWebPage()
+                            onLongPressed: root.copyWebLink()
+                        }
+                        TapHandler {
+                            id: referenceMenuTap
+                            enabled: referenceLink.isLink
+                            margin: 6
+                            acceptedButtons: Qt.RightButton
+                            onTapped: root.copyWebLink()
+                        }
+                        HoverHandler {
+                            enabled: referenceLink.isLink
+                            margin: 6
+                            cursorShape: Qt.PointingHandCursor
+                        }
                     }
                     CICircle {
                         objectName: "headerCI"
@@ -339,6 +423,14 @@ Page {
                 onRerun: (runID, runName) => root.askToRerun(runID, runName)
                 onOpenLogs: (runID, jobID, jobName) => root.openLogs(runID, jobID, jobName)
             }
+        }
+
+        Toast {
+            id: toast
+            objectName: "detailToast"
+            anchors.horizontalCenter: parent.horizontalCenter
+            anchors.bottom: tabBar.top
+            anchors.bottomMargin: 12
         }
 
         DetailTabBar {

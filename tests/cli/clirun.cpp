@@ -20,6 +20,8 @@ CliRunner::CliRunner()
     // Whatever the test was started with, runs see only what a test puts here.
     environment.remove(QStringLiteral("KESTRINE_URL"));
     environment.remove(QStringLiteral("KESTRINE_TOKEN"));
+    // Nor is a page ever handed to the browser of whoever runs the tests.
+    environment.remove(QStringLiteral("BROWSER"));
 }
 
 QString CliRunner::program()

@@ -3,6 +3,7 @@
 #include "fakegiteaserver.h"
 #include "giteasimulation.h"
 
+#include <QJsonValue>
 #include <QString>
 #include <QStringList>
 #include <memory>
@@ -36,6 +37,11 @@ public:
 
     /// Every request so far as "METHOD target", in arrival order.
     QStringList requestLines() const;
+
+    /// From now on pull request `number` of `owner`/`repo` is answered as the simulation has it
+    /// now, with `key` set to `value`; an undefined value leaves the key out.
+    void answerPullRequestWith(const QString &owner, const QString &repo, int number,
+                               const QString &key, const QJsonValue &value);
 
 private:
     FakeGiteaServer m_server;

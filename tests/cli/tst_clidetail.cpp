@@ -149,43 +149,45 @@ private slots:
         QCOMPARE(result.exitCode, 0);
         QCOMPARE(result.outText(),
                  QStringLiteral("Add retry to the release uploader\n"
-                                "ann/tool#7 · open · CI success · Changes\n"
-                                "\n"
-                                "## Why\n"
-                                "\n"
-                                "Uploads fail on flaky networks.\n"
-                                "\n"
-                                "- retry 3 times\n"
-                                "- back off\n"
-                                "\n"
-                                "```go\n"
-                                "for i := 0; i < 3; i++ {}\n"
-                                "```\n"
-                                "\n"
-                                "Reviews\n"
-                                "  🔴 ann requested changes\n"
-                                "    Please back off between attempts.\n"
-                                "  ✅ cy approved\n"
-                                "  💬 ann reviewed\n"
-                                "    Looks good now, one question about the pause.\n"
-                                "Comments\n"
-                                "  ann 2024-04-30T08:45:00Z\n"
-                                "    Could this also cover the checksum upload?\n"
-                                "  bo 2024-04-30T09:10:00Z\n"
-                                "    Yes, it goes through `Upload` too.\n"
-                                "\n"
-                                "Files\n"
-                                "  → docs/UPLOAD.md  +1 −1\n"
-                                "  － uploader/legacy.go  +0 −6\n"
-                                "  ＋ uploader/retry.go  +21 −0\n"
-                                "  ✎ uploader/upload.go  +8 −6\n"
-                                "\n"
-                                "Checks\n"
-                                "  success  workflow  (run 42)\n"
-                                "    success  lint  (job 103)\n"
-                                "  success  workflow  (run 41)\n"
-                                "    success  build  (job 101)\n"
-                                "    success  test  (job 102)\n"));
+                                "ann/tool#7 · open · CI success · Changes\n") +
+                     gitea->url() +
+                     QStringLiteral("/ann/tool/pulls/7\n"
+                                    "\n"
+                                    "## Why\n"
+                                    "\n"
+                                    "Uploads fail on flaky networks.\n"
+                                    "\n"
+                                    "- retry 3 times\n"
+                                    "- back off\n"
+                                    "\n"
+                                    "```go\n"
+                                    "for i := 0; i < 3; i++ {}\n"
+                                    "```\n"
+                                    "\n"
+                                    "Reviews\n"
+                                    "  🔴 ann requested changes\n"
+                                    "    Please back off between attempts.\n"
+                                    "  ✅ cy approved\n"
+                                    "  💬 ann reviewed\n"
+                                    "    Looks good now, one question about the pause.\n"
+                                    "Comments\n"
+                                    "  ann 2024-04-30T08:45:00Z\n"
+                                    "    Could this also cover the checksum upload?\n"
+                                    "  bo 2024-04-30T09:10:00Z\n"
+                                    "    Yes, it goes through `Upload` too.\n"
+                                    "\n"
+                                    "Files\n"
+                                    "  → docs/UPLOAD.md  +1 −1\n"
+                                    "  － uploader/legacy.go  +0 −6\n"
+                                    "  ＋ uploader/retry.go  +21 −0\n"
+                                    "  ✎ uploader/upload.go  +8 −6\n"
+                                    "\n"
+                                    "Checks\n"
+                                    "  success  workflow  (run 42)\n"
+                                    "    success  lint  (job 103)\n"
+                                    "  success  workflow  (run 41)\n"
+                                    "    success  build  (job 101)\n"
+                                    "    success  test  (job 102)\n"));
         QCOMPARE(requests(), detailLoad(7, sha7, {42, 41}));
         // One log line per request, as the app writes them.
         const QStringList log = cli->storedLogLines();
@@ -200,6 +202,51 @@ private slots:
                      QStringLiteral("INFO GET repos/ann/tool/commits/") + sha7 +
                          QStringLiteral("/status → 200"),
                  }));
+    }
+
+    void showPrintsThePagesAddressAsTheServerWritesIt()
+    {
+        // Gitea builds the address from its ROOT_URL, not from the address it was asked at.
+        gitea->simulation().setRootUrl(QStringLiteral("https://git.example.org/code/"));
+        const QString page = QStringLiteral("https://git.example.org/code/ann/tool/pulls/7");
+
+        const CliResult text = cli->run({QStringLiteral("show"), tool, QStringLiteral("7")});
+        QCOMPARE(text.exitCode, 0);
+        QCOMPARE(text.outText().section(u'\n', 0, 2),
+                 QStringLiteral("Add retry to the release uploader\n"
+                                "ann/tool#7 · open · CI success · Changes\n") +
+                     page);
+
+        const CliResult json =
+            cli->run({QStringLiteral("show"), tool, QStringLiteral("7"), QStringLiteral("--json")});
+        QCOMPARE(json.exitCode, 0);
+        QCOMPARE(QJsonDocument::fromJson(json.out)[QStringLiteral("pr")][QStringLiteral("html_url")]
+                     .toString(),
+                 page);
+    }
+
+    void showLeavesOutAnAddressThatIsNoWebPage_data()
+    {
+        QTest::addColumn<QJsonValue>("htmlUrl");
+        QTest::newRow("javascript") << QJsonValue(QStringLiteral("javascript:alert(1)"));
+        QTest::newRow("file") << QJsonValue(QStringLiteral("file:///etc/passwd"));
+        QTest::newRow("absent") << QJsonValue(QJsonValue::Undefined);
+    }
+
+    void showLeavesOutAnAddressThatIsNoWebPage()
+    {
+        QFETCH(QJsonValue, htmlUrl);
+        gitea->answerPullRequestWith(QStringLiteral("ann"), QStringLiteral("tool"), 7,
+                                     QStringLiteral("html_url"), htmlUrl);
+
+        const CliResult result = cli->run({QStringLiteral("show"), tool, QStringLiteral("7")});
+
+        QCOMPARE(result.exitCode, 0);
+        QVERIFY(result.outText().startsWith(
+            QStringLiteral("Add retry to the release uploader\n"
+                           "ann/tool#7 · open · CI success · Changes\n\n## Why\n")));
+        if (htmlUrl.isString())
+            QVERIFY(!result.outText().contains(htmlUrl.toString()));
     }
 
     void showOfAPullRequestWithoutReviewsOrDescription()
@@ -314,6 +361,7 @@ private slots:
         const QString inboxWords = QStringLiteral("Configure your Gitea instance in Settings.\n");
         const QString screenWords = QStringLiteral("Not configured.\n");
         QTest::newRow("show") << QStringList{"show", "ann/tool", "7"} << inboxWords;
+        QTest::newRow("open") << QStringList{"open", "ann/tool", "7"} << inboxWords;
         QTest::newRow("diff") << QStringList{"diff", "ann/tool", "7", "go.mod"} << screenWords;
         QTest::newRow("job-log") << QStringList{"job-log", "ann/tool", "101"} << screenWords;
         QTest::newRow("comment") << QStringList{"comment", "ann/tool", "7", "hi"} << inboxWords;

@@ -11,14 +11,23 @@ using namespace kestrine::testing;
 namespace {
 
 const QStringList commandNames{
-    QStringLiteral("login"),    QStringLiteral("logout"),
-    QStringLiteral("settings"), QStringLiteral("inbox"),
-    QStringLiteral("show"),     QStringLiteral("diff"),
-    QStringLiteral("job-log"),  QStringLiteral("comment"),
-    QStringLiteral("approve"),  QStringLiteral("request-changes"),
-    QStringLiteral("close"),    QStringLiteral("reopen"),
-    QStringLiteral("rerun"),    QStringLiteral("merge"),
-    QStringLiteral("check"),    QStringLiteral("logs"),
+    QStringLiteral("login"),
+    QStringLiteral("logout"),
+    QStringLiteral("settings"),
+    QStringLiteral("inbox"),
+    QStringLiteral("show"),
+    QStringLiteral("open"),
+    QStringLiteral("diff"),
+    QStringLiteral("job-log"),
+    QStringLiteral("comment"),
+    QStringLiteral("approve"),
+    QStringLiteral("request-changes"),
+    QStringLiteral("close"),
+    QStringLiteral("reopen"),
+    QStringLiteral("rerun"),
+    QStringLiteral("merge"),
+    QStringLiteral("check"),
+    QStringLiteral("logs"),
 };
 
 } // namespace
@@ -63,6 +72,8 @@ private slots:
                                << "Usage: kestrine-cli check\n";
         QTest::newRow("logs") << "logs"
                               << "Usage: kestrine-cli logs [--clear]\n";
+        QTest::newRow("open") << "open"
+                              << "Usage: kestrine-cli open OWNER/REPO NUMBER\n";
     }
 
     void everyCommandHasHelp()

@@ -607,6 +607,48 @@ private slots:
         QCOMPARE(model->property("ciStatus").value<CIStatus::Value>(), CIStatus::Success);
     }
 
+    void webUrlIsThePagesAddressOnlyForHttpAndHttps_data()
+    {
+        QTest::addColumn<QJsonValue>("htmlUrl");
+        QTest::addColumn<QString>("webUrl");
+
+        QTest::newRow("https") << QJsonValue(
+                                      QStringLiteral("https://git.example.org/ann/app/pulls/7"))
+                               << QStringLiteral("https://git.example.org/ann/app/pulls/7");
+        QTest::newRow("http") << QJsonValue(QStringLiteral("http://127.0.0.1:3000/ann/app/pulls/7"))
+                              << QStringLiteral("http://127.0.0.1:3000/ann/app/pulls/7");
+        QTest::newRow("absent") << QJsonValue(QJsonValue::Undefined) << QString();
+        QTest::newRow("null") << QJsonValue(QJsonValue::Null) << QString();
+        QTest::newRow("javascript")
+            << QJsonValue(QStringLiteral("javascript:alert(1)")) << QString();
+        QTest::newRow("file") << QJsonValue(QStringLiteral("file:///etc/passwd")) << QString();
+        QTest::newRow("relative") << QJsonValue(QStringLiteral("/ann/app/pulls/7")) << QString();
+    }
+
+    void webUrlIsThePagesAddressOnlyForHttpAndHttps()
+    {
+        QFETCH(QJsonValue, htmlUrl);
+        QFETCH(QString, webUrl);
+        QJsonObject pull = QJsonDocument::fromJson(pullJson()).object();
+        if (!htmlUrl.isUndefined())
+            pull.insert(QStringLiteral("html_url"), htmlUrl);
+        server->route("GET", pullPath, FakeResponse::json(compact(pull)));
+
+        const auto model = newModel();
+        QSignalSpy changes(model.get(), &PRDetailViewModel::prChanged);
+        // Nothing before the pull request is there.
+        QVERIFY(!model->webUrl());
+        QCOMPARE(model->property("webUrl").toString(), QString());
+        QVERIFY(runToEnd(model->load()).value);
+
+        QVERIFY(model->hasPr());
+        QCOMPARE(model->webUrl().has_value(), !webUrl.isEmpty());
+        if (model->webUrl())
+            QCOMPARE(model->webUrl()->toString(), webUrl);
+        QCOMPARE(model->property("webUrl").toString(), webUrl);
+        QVERIFY(!changes.isEmpty());
+    }
+
     void listModelsHoldWhatTheTypedListsHold()
     {
         server->route("GET", apiRoot + QStringLiteral("/actions/runs"),

@@ -99,6 +99,126 @@ Item {
             compare(find(detail, "prReference").text, "ann/tool#7");
         }
 
+        // The pull request 7 of ann/tool the server sends, with `htmlUrl` for its page's address
+        // (left out when undefined).
+        function answerWithAddress(htmlUrl) {
+            const pr = gitea.pullRequest("ann", "tool", 7);
+            if (htmlUrl === undefined)
+                delete pr.html_url;
+            else
+                pr.html_url = htmlUrl;
+            gitea.answer("GET", "/api/v1/repos/ann/tool/pulls/7", 200, JSON.stringify(pr));
+        }
+
+        // Presses `item` in its middle and lets go after a long press. The release's time stamp is
+        // what tells a long press from a tap, so it must come that much later, not only be sent
+        // later.
+        function holdAndRelease(item) {
+            mousePress(item);
+            mouseRelease(item, item.width / 2, item.height / 2, Qt.LeftButton, Qt.NoModifier,
+                         Qt.styleHints.mousePressAndHoldInterval + 300);
+        }
+
+        function test_headerLinkOpensThePullRequestsPage() {
+            const detail = openPullRequest(7);
+            const page = gitea.pullRequest("ann", "tool", 7).html_url;
+            compare(page, gitea.url + "/ann/tool/pulls/7");
+            compare(detail.vm.webUrl, page);
+            const link = find(detail, "prReferenceLink");
+            verify(link.isLink);
+            verify(find(detail, "prReference").font.underline);
+            verify(find(detail, "prReferenceLinkMark").visible);
+            compare(link.Accessible.role, Accessible.Link);
+            compare(gitea.openedLinks(), []);
+
+            mouseClick(find(detail, "prReference"));
+            compare(gitea.openedLinks(), [page]);
+            // A tap opens, it does not copy.
+            verify(!detail.toast.shown);
+            // The arrow after the text is part of the link.
+            mouseClick(find(detail, "prReferenceLinkMark"));
+            compare(gitea.openedLinks(), [page, page]);
+        }
+
+        function test_headerLinkFollowsTheAddressTheServerWrites() {
+            // Behind a proxy, Gitea writes its ROOT_URL into every address it sends.
+            answerWithAddress("https://git.example.org/ann/tool/pulls/7");
+            const detail = openPullRequest(7);
+            mouseClick(find(detail, "prReference"));
+            compare(gitea.openedLinks(), ["https://git.example.org/ann/tool/pulls/7"]);
+        }
+
+        function test_headerLinkOfAnAddressThatIsNoWebPageDoesNothing_data() {
+            return [
+                { tag: "javascript", htmlUrl: "javascript:alert(1)" },
+                { tag: "file", htmlUrl: "file:///etc/passwd" },
+                { tag: "custom scheme", htmlUrl: "kestrine-evil://run" },
+                { tag: "mail", htmlUrl: "mailto:ann@example.org" },
+                { tag: "relative", htmlUrl: "/ann/tool/pulls/7" },
+                { tag: "null", htmlUrl: null },
+                { tag: "absent", htmlUrl: undefined }
+            ];
+        }
+
+        function test_headerLinkOfAnAddressThatIsNoWebPageDoesNothing(data) {
+            answerWithAddress(data.htmlUrl);
+            ShareService.copyText("what was there before");
+            const detail = openPullRequest(7);
+            compare(detail.vm.webUrl, "");
+            const reference = find(detail, "prReference");
+            // Plain text, as before there were links: no underline, no arrow.
+            compare(reference.text, "ann/tool#7");
+            verify(!reference.font.underline);
+            verify(!find(detail, "prReferenceLinkMark").visible);
+            compare(find(detail, "prReferenceLink").Accessible.role, Accessible.StaticText);
+
+            mouseClick(reference);
+            mouseClick(reference, reference.width / 2, reference.height / 2, Qt.RightButton);
+            holdAndRelease(reference);
+            // Nor does calling the screen's functions do anything.
+            detail.openWebPage();
+            detail.copyWebLink();
+            compare(gitea.openedLinks(), []);
+            compare(ShareService.clipboardText(), "what was there before");
+            verify(!detail.toast.shown);
+        }
+
+        function test_rightClickOnTheHeaderLinkCopiesIt() {
+            ShareService.copyText("what was there before");
+            const detail = openPullRequest(7);
+            const reference = find(detail, "prReference");
+            mouseClick(reference, reference.width / 2, reference.height / 2, Qt.RightButton);
+            compare(ShareService.clipboardText(), detail.vm.webUrl);
+            compare(ShareService.clipboardText(), gitea.url + "/ann/tool/pulls/7");
+            compare(gitea.openedLinks(), []);
+            // A note says so, and goes again after a moment.
+            const toast = detail.toast;
+            tryVerify(() => toast.shown && toast.opacity === 1);
+            compare(find(toast, "toastText").text, "Link copied");
+            compare(toast.Accessible.name, "Link copied");
+            tryVerify(() => !toast.shown && !toast.visible, toast.duration + 2000);
+        }
+
+        function test_longPressOnTheHeaderLinkCopiesIt() {
+            ShareService.copyText("what was there before");
+            const detail = openPullRequest(7);
+            const reference = find(detail, "prReference");
+            holdAndRelease(reference);
+            compare(ShareService.clipboardText(), gitea.url + "/ann/tool/pulls/7");
+            // Held, not tapped: nothing was opened.
+            compare(gitea.openedLinks(), []);
+            tryVerify(() => detail.toast.shown);
+            compare(detail.toast.text, "Link copied");
+        }
+
+        function test_headerLinkReachesBeyondItsSmallText() {
+            // A caption is a small target for a finger; a tap just under it still counts.
+            const detail = openPullRequest(7);
+            const reference = find(detail, "prReference");
+            mouseClick(reference, reference.width / 2, reference.height + 4);
+            compare(gitea.openedLinks(), [gitea.url + "/ann/tool/pulls/7"]);
+        }
+
         function test_closedOrMergedPullRequestHasNoMergeButtonAndNoReviewMenu() {
             const detail = openPullRequest(6);
             verify(!detail.prIsOpen);

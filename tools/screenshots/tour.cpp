@@ -13,6 +13,9 @@
 #include <QElapsedTimer>
 #include <QGuiApplication>
 #include <QImage>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QQuickItem>
 #include <QQuickWindow>
 #include <QThread>
@@ -138,6 +141,18 @@ struct TourSteps
         else
             QMetaObject::invokeMethod(field, "forceActiveFocus");
         Tour::settle(400);
+    }
+
+    /// Copies the address of `detail`'s pull request as a long press on its header line does,
+    /// shows the note that says so as scene `scene`, and waits until the note is gone.
+    static void copyLink(Tour &t, QObject *detail, const QString &scene)
+    {
+        QMetaObject::invokeMethod(detail, "copyWebLink");
+        Tour::settle(400);
+        t.shoot(scene);
+        QObject *toast = objectProperty(detail, "toast");
+        if (!Tour::waitFor([&] { return toast && !toast->property("shown").toBool(); }, 5000))
+            t.fail(QStringLiteral("the note of scene %1 stays").arg(scene));
     }
 
     static void selectTab(QObject *detail, int tab)
@@ -420,6 +435,7 @@ void TourSteps::demoScenes(Tour &t)
 
     QObject *detail = openDetail(t, rowOf(inbox, 142));
     t.shoot(QStringLiteral("detail-overview"));
+    copyLink(t, detail, QStringLiteral("detail-link-copied"));
     selectTab(detail, 1);
     t.shoot(QStringLiteral("detail-conversation"));
     selectTab(detail, 2);
@@ -619,6 +635,37 @@ void TourSteps::demoScenes(Tour &t)
     search(t, QString());
     detail = openDetail(t, rowOf(inbox, 142));
     t.shoot(QStringLiteral("desktop-detail"));
+    copyLink(t, detail, QStringLiteral("desktop-detail-link-copied"));
+    back(t);
+    window->resize(390, 844);
+    Tour::settle(300);
+
+    // A repository whose full name is longer than the header's line, on a phone and a desktop.
+    QJsonObject seed =
+        QJsonDocument::fromJson(DemoInstance::seed(QDateTime::currentDateTimeUtc())).object();
+    QJsonArray repositories = seed.value(QStringLiteral("repositories")).toArray();
+    for (QJsonValueRef repository : repositories) {
+        QJsonObject renamed = repository.toObject();
+        if (renamed.value(QStringLiteral("name")) == QStringLiteral("harbor")) {
+            renamed.insert(QStringLiteral("name"),
+                           QStringLiteral("harbor-container-registry-release-automation"));
+            repository = renamed;
+        }
+    }
+    seed.insert(QStringLiteral("repositories"), repositories);
+    if (!t.demo().simulation()->loadSeed(QJsonDocument(seed).toJson())) {
+        t.fail(QStringLiteral("the renamed demo seed cannot be read: ") +
+               t.demo().simulation()->loadError());
+        return;
+    }
+    reloadInbox(inboxVm);
+    openDetail(t, rowOf(inbox, 142));
+    t.shoot(QStringLiteral("detail-long-repository-name"));
+    back(t);
+    window->resize(1280, 800);
+    Tour::settle(600);
+    openDetail(t, rowOf(inbox, 142));
+    t.shoot(QStringLiteral("desktop-detail-long-repository-name"));
     back(t);
     window->resize(390, 844);
     Tour::settle(300);
