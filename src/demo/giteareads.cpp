@@ -4,6 +4,7 @@
 #include "giteapaging.h"
 
 #include <QJsonArray>
+#include <QSet>
 #include <algorithm>
 #include <functional>
 
@@ -301,6 +302,12 @@ HttpAnswer combinedStatus(Call &call)
     std::stable_sort(
         statuses.begin(), statuses.end(),
         [](const CommitStatus &a, const CommitStatus &b) { return a.createdAt > b.createdAt; });
+    QSet<QString> seenContexts;
+    statuses.removeIf([&seenContexts](const CommitStatus &status) {
+        const bool older = seenContexts.contains(status.context);
+        seenContexts.insert(status.context);
+        return older;
+    });
     const Page page = pageOf(call);
     QJsonArray items;
     for (const CommitStatus &status : page.of(statuses))

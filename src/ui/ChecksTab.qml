@@ -4,7 +4,8 @@ import QtQuick.Layouts
 import Kestrine
 
 // The Actions runs of the head commit, one card each, with their jobs: a failed job offers
-// "Re-run" (of its whole run, after a confirmation), a job that has run offers its "Logs".
+// "Re-run" (of its whole run, after a confirmation), a job that has run offers its "Logs". Below
+// them, the statuses other CI (Woodpecker, Drone, Jenkins…) reported for the same commit.
 TabScroll {
     id: root
 
@@ -110,6 +111,91 @@ TabScroll {
                             text: "Logs"
                             onClicked: root.openLogs(card.runID, jobRow.jobID, jobRow.name)
                         }
+                    }
+                }
+            }
+        }
+    }
+
+    Rectangle {
+        id: statusesCard
+        objectName: "statusesCard"
+        visible: root.vm.statusesModel.count > 0
+        width: parent.width
+        implicitHeight: statusesColumn.implicitHeight + 20
+        radius: 8
+        color: Theme.secondaryBackground
+
+        ColumnLayout {
+            id: statusesColumn
+            x: 10
+            y: 10
+            width: parent.width - 20
+            spacing: 8
+
+            Label {
+                textFormat: Text.PlainText
+                Layout.fillWidth: true
+                text: "Commit statuses"
+                color: Theme.primaryText
+                font.pixelSize: Theme.subheadline
+                font.weight: Font.DemiBold
+            }
+
+            Repeater {
+                model: root.vm.statusesModel
+                delegate: RowLayout {
+                    id: statusRow
+                    required property int index
+                    required property string context
+                    required property string description
+                    required property int ciStatus
+                    required property string detailsUrl
+
+                    objectName: "statusRow_" + index
+                    Layout.fillWidth: true
+                    spacing: 8
+
+                    CICircle {
+                        objectName: "statusCircle"
+                        Layout.alignment: Qt.AlignTop
+                        Layout.topMargin: 3
+                        status: statusRow.ciStatus
+                    }
+                    ColumnLayout {
+                        Layout.fillWidth: true
+                        spacing: 2
+                        Label {
+                            objectName: "statusContext"
+                            textFormat: Text.PlainText
+                            Layout.fillWidth: true
+                            visible: text !== ""
+                            text: statusRow.context
+                            // A context is a path ("ci/woodpecker/pr/build"): its end tells
+                            // them apart.
+                            elide: Text.ElideMiddle
+                            color: Theme.primaryText
+                            font.pixelSize: Theme.caption
+                        }
+                        Label {
+                            objectName: "statusDescription"
+                            textFormat: Text.PlainText
+                            Layout.fillWidth: true
+                            visible: text !== ""
+                            text: statusRow.description
+                            wrapMode: Text.Wrap
+                            maximumLineCount: 3
+                            elide: Text.ElideRight
+                            color: Theme.secondaryText
+                            font.pixelSize: Theme.caption2
+                        }
+                    }
+                    SmallButton {
+                        objectName: "statusDetailsButton"
+                        Layout.alignment: Qt.AlignTop
+                        visible: statusRow.detailsUrl !== ""
+                        text: "Details"
+                        onClicked: ExternalLinks.open(statusRow.detailsUrl)
                     }
                 }
             }

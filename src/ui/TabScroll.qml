@@ -30,10 +30,11 @@ Item {
     }
 
     PullToRefresh {
+        objectName: "tabPullToRefresh"
         flickable: flick
         anchors.top: flick.top
         anchors.horizontalCenter: flick.horizontalCenter
         loading: root.vm.isLoading
-        onRefresh: root.vm.reload()
+        onRefresh: root.vm.refresh()
     }
 }

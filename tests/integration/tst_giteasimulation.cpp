@@ -984,6 +984,110 @@ private slots:
         QCOMPARE(get(QStringLiteral("/api/v1/repos/ann/website/actions/jobs/98/logs")).status, 404);
     }
 
+    void combinedStatusListsWhatActionsPostedForTheCommit()
+    {
+        const Answer answer =
+            get(QStringLiteral("/api/v1/repos/ann/tool/commits/%1/status").arg(toolHead));
+        QCOMPARE(answer.status, 200);
+        const QJsonObject combined = answer.object();
+        QCOMPARE(combined[QStringLiteral("state")].toString(), QStringLiteral("success"));
+        QCOMPARE(combined[QStringLiteral("sha")].toString(), toolHead);
+        QCOMPARE(combined[QStringLiteral("total_count")].toInt(), 3);
+        QCOMPARE(combined[QStringLiteral("repository")][QStringLiteral("full_name")].toString(),
+                 QStringLiteral("ann/tool"));
+        const QJsonArray statuses = combined[QStringLiteral("statuses")].toArray();
+        QCOMPARE(statuses.size(), 3);
+        QStringList contexts;
+        for (const QJsonValue &status : statuses)
+            contexts.append(status[QStringLiteral("context")].toString());
+        contexts.sort();
+        QCOMPARE(contexts,
+                 QStringList({"ci.yml / build (pull_request)", "ci.yml / test (pull_request)",
+                              "lint.yml / lint (pull_request)"}));
+        const QJsonObject build = statuses.at(0).toObject();
+        QCOMPARE(build[QStringLiteral("status")].toString(), QStringLiteral("success"));
+        QVERIFY(build[QStringLiteral("target_url")].toString().startsWith(
+            root() + QStringLiteral("ann/tool/actions/runs/")));
+        QCOMPARE(build[QStringLiteral("creator")][QStringLiteral("login")].toString(),
+                 QStringLiteral("bo"));
+        QCOMPARE(build[QStringLiteral("created_at")].toString(),
+                 QStringLiteral("2024-05-01T10:21:00Z"));
+
+        // A run still under way reports pending; the worst state is the combined one.
+        const QJsonObject running =
+            get(QStringLiteral("/api/v1/repos/ann/tool/commits/"
+                               "3e1f2a4b6c8d0e9f1a2b3c4d5e6f708192a3b4c5/status"))
+                .object();
+        QCOMPARE(running[QStringLiteral("state")].toString(), QStringLiteral("pending"));
+        QCOMPARE(running[QStringLiteral("statuses")][0][QStringLiteral("description")].toString(),
+                 QStringLiteral("Waiting to run"));
+    }
+
+    void combinedStatusKeepsTheNewestOfEachContextAndPagesItsStatuses()
+    {
+        const QString sha = QStringLiteral("b16b00b5c0de1234567890abcdef0123456789ab");
+        QJsonObject seed =
+            QJsonDocument::fromJson(fixtures::read(QStringLiteral("gitea/seed.json"))).object();
+        QJsonArray repositories = seed[QStringLiteral("repositories")].toArray();
+        QJsonObject tool = repositories.at(0).toObject();
+        const auto status = [](const char *context, const char *state, const char *at) {
+            return QJsonObject{
+                {QStringLiteral("context"), QLatin1String(context)},
+                {QStringLiteral("status"), QLatin1String(state)},
+                {QStringLiteral("creator"), QStringLiteral("cy")},
+                {QStringLiteral("description"), QLatin1String(state)},
+                {QStringLiteral("target_url"), QStringLiteral("https://ci.example.org/1")},
+                {QStringLiteral("created_at"), QLatin1String(at)}};
+        };
+        tool[QStringLiteral("statuses")] = QJsonObject{
+            {sha, QJsonArray{status("ci/woodpecker/build", "pending", "2024-05-01T10:00:00Z"),
+                             status("ci/woodpecker/build", "failure", "2024-05-01T10:05:00Z"),
+                             status("ci/woodpecker/lint", "success", "2024-05-01T10:01:00Z"),
+                             status("coverage", "warning", "2024-05-01T10:02:00Z")}}};
+        repositories[0] = tool;
+        seed[QStringLiteral("repositories")] = repositories;
+        useSeed(QJsonDocument(seed).toJson());
+
+        const QString path = QStringLiteral("/api/v1/repos/ann/tool/commits/%1/status").arg(sha);
+        const Answer all = get(path);
+        QCOMPARE(all.status, 200);
+        QCOMPARE(all.object()[QStringLiteral("state")].toString(), QStringLiteral("failure"));
+        const QJsonArray statuses = all.object()[QStringLiteral("statuses")].toArray();
+        QCOMPARE(statuses.size(), 3);
+        QCOMPARE(statuses.at(0)[QStringLiteral("context")].toString(),
+                 QStringLiteral("ci/woodpecker/build"));
+        QCOMPARE(statuses.at(0)[QStringLiteral("status")].toString(), QStringLiteral("failure"));
+        QCOMPARE(statuses.at(1)[QStringLiteral("context")].toString(), QStringLiteral("coverage"));
+        QCOMPARE(statuses.at(2)[QStringLiteral("context")].toString(),
+                 QStringLiteral("ci/woodpecker/lint"));
+        QVERIFY(!all.hasHeader("Link"));
+
+        const Answer first = get(path + QStringLiteral("?limit=2"));
+        QCOMPARE(first.header("X-Total-Count"), QByteArray("3"));
+        QCOMPARE(first.object()[QStringLiteral("statuses")].toArray().size(), 2);
+        QCOMPARE(
+            linksOf(first.header("Link")).value(QStringLiteral("next")),
+            root() +
+                QStringLiteral("api/v1/repos/ann/tool/commits/%1/status?limit=2&page=2").arg(sha));
+        const QJsonArray second = get(path + QStringLiteral("?limit=2&page=2"))
+                                      .object()[QStringLiteral("statuses")]
+                                      .toArray();
+        QCOMPARE(second.size(), 1);
+        QCOMPARE(second.at(0)[QStringLiteral("context")].toString(),
+                 QStringLiteral("ci/woodpecker/lint"));
+    }
+
+    void combinedStatusOfAnUnknownCommitIs404()
+    {
+        QCOMPARE(get(QStringLiteral("/api/v1/repos/ann/tool/commits/"
+                                    "ffffffffffffffffffffffffffffffffffffffff/status"))
+                     .status,
+                 404);
+        QCOMPARE(
+            get(QStringLiteral("/api/v1/repos/ann/nothing/commits/%1/status").arg(toolHead)).status,
+            404);
+    }
+
     // --- Merging ---
 
     void mergeClosesThePullRequestAsMerged()

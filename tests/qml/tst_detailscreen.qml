@@ -505,6 +505,126 @@ Item {
             compare(stack.currentItem.jobName, "build");
         }
 
+        // The combined status of `sha` of ann/tool as Gitea sends it, with `statuses` in it.
+        function answerStatuses(sha, statuses) {
+            const numbered = statuses.map((s, i) => Object.assign({ id: i + 1, creator: { login: "ci" } }, s));
+            gitea.answer("GET", "/api/v1/repos/ann/tool/commits/" + sha + "/status", 200,
+                         JSON.stringify({ state: "pending", sha: sha, total_count: numbered.length,
+                                          statuses: numbered }));
+        }
+
+        // Pull request 11 of ann/tool has no Actions runs; its head commit is this one.
+        readonly property string noRunsSha: "b16b00b5c0de1234567890abcdef0123456789ab"
+
+        function test_commitStatusesCardSitsBelowNoWorkflowRuns() {
+            answerStatuses(noRunsSha, [
+                { context: "ci/woodpecker/pr/build", status: "failure", description: "3 tests failed",
+                  target_url: "https://ci.example.org/repos/4/pipeline/17" },
+                { context: "ci/woodpecker/pr/lint", status: "pending", description: "Running" },
+                // What Actions posts itself, written with another host than the instance's.
+                { context: "build / test (pull_request)", status: "success",
+                  target_url: "https://git.example.org/ann/tool/actions/runs/5/jobs/0" }
+            ]);
+            const detail = openPullRequest(11);
+            tryCompare(detail.vm.statusesModel, "count", 2, 5000);
+            showTab(detail, 3);
+            const noRuns = find(detail, "noRuns");
+            const card = find(detail, "statusesCard");
+            verify(noRuns.visible);
+            verify(card.visible);
+            verify(card.y >= noRuns.y + noRuns.height, "the card is below the no-runs text");
+            const failed = find(card, "statusRow_0");
+            compare(find(failed, "statusContext").text, "ci/woodpecker/pr/build");
+            compare(find(failed, "statusDescription").text, "3 tests failed");
+            const pending = find(card, "statusRow_1");
+            compare(find(pending, "statusContext").text, "ci/woodpecker/pr/lint");
+            verify(!find(card, "statusRow_2"), "the status Actions posted is left out");
+        }
+
+        function test_commitStatusCirclesUseTheirColours_data() {
+            return [
+                { tag: "success", state: "success", colour: Theme.green },
+                { tag: "failure", state: "failure", colour: Theme.red },
+                { tag: "error", state: "error", colour: Theme.red },
+                { tag: "pending", state: "pending", colour: Theme.orange },
+                { tag: "warning", state: "warning", colour: Theme.orange },
+                { tag: "unknown word", state: "skipped", colour: Theme.alpha(Theme.grey, 0.5) }
+            ];
+        }
+
+        function test_commitStatusCirclesUseTheirColours(data) {
+            answerStatuses(noRunsSha, [{ context: "ci/drone", status: data.state }]);
+            const detail = openPullRequest(11);
+            tryCompare(detail.vm.statusesModel, "count", 1, 5000);
+            showTab(detail, 3);
+            const circle = find(find(detail, "statusRow_0"), "statusCircle");
+            verify(Qt.colorEqual(circle.color, data.colour), "" + circle.color);
+        }
+
+        function test_commitStatusDetailsOnlyForWebPages_data() {
+            return [
+                { tag: "https", url: "https://ci.example.org/build/1", shown: true },
+                { tag: "http", url: "http://jenkins.lan:8080/job/tool/12/", shown: true },
+                { tag: "javascript", url: "javascript:alert(1)", shown: false },
+                { tag: "file", url: "file:///etc/passwd", shown: false },
+                { tag: "relative", url: "/builds/1", shown: false },
+                { tag: "none", url: "", shown: false }
+            ];
+        }
+
+        function test_commitStatusDetailsOnlyForWebPages(data) {
+            answerStatuses(noRunsSha, [{ context: "ci/jenkins", status: "success", target_url: data.url }]);
+            const detail = openPullRequest(11);
+            tryCompare(detail.vm.statusesModel, "count", 1, 5000);
+            showTab(detail, 3);
+            const details = find(find(detail, "statusRow_0"), "statusDetailsButton");
+            compare(details.visible, data.shown);
+            if (data.shown) {
+                compare(details.text, "Details");
+                mouseClick(details);
+                compare(gitea.openedLinks(), [data.url]);
+            }
+        }
+
+        function test_commitStatusesCardSitsBelowTheRuns() {
+            answerStatuses("7c0ffee5a1b2c3d4e5f60718293a4b5c6d7e8f90",
+                           [{ context: "coverage/codecov", status: "success", description: "84% (+0.6%)" }]);
+            const detail = openPullRequest(9);
+            tryCompare(detail.vm.statusesModel, "count", 1, 5000);
+            showTab(detail, 3);
+            const card = find(detail, "statusesCard");
+            const run = find(detail, "runCard_39");
+            verify(!find(detail, "noRuns").visible);
+            verify(card.visible);
+            verify(card.y >= run.y + run.height, "the card is below the runs");
+            // The runs decide the summary when there are any.
+            compare(detail.vm.ciStatus, CIStatus.Failure);
+        }
+
+        function test_noCommitStatusesCardWithoutStatuses() {
+            gitea.answer("GET", "/api/v1/repos/ann/tool/commits/" + noRunsSha + "/status", 404,
+                         JSON.stringify({ message: "Not Found" }));
+            const detail = openPullRequest(11);
+            showTab(detail, 3);
+            tryVerify(() => gitea.requestCount("GET", "/api/v1/repos/ann/tool/commits/" + noRunsSha + "/status") === 1, 5000);
+            wait(50);
+            verify(find(detail, "noRuns").visible);
+            verify(!find(detail, "statusesCard").visible);
+            compare(detail.vm.ciStatus, CIStatus.Unknown);
+        }
+
+        function test_pullingTheChecksTabRefreshesCommitStatuses() {
+            answerStatuses(noRunsSha, [{ context: "ci/woodpecker/pr/build", status: "pending" }]);
+            const detail = openPullRequest(11);
+            tryCompare(detail.vm, "ciStatus", CIStatus.Running, 5000);
+            showTab(detail, 3);
+            answerStatuses(noRunsSha, [{ context: "ci/woodpecker/pr/build", status: "failure" }]);
+            find(find(detail, "checksTab"), "tabPullToRefresh").trigger();
+            tryCompare(detail.vm, "ciStatus", CIStatus.Failure, 5000);
+            verify(Qt.colorEqual(find(find(detail, "statusRow_0"), "statusCircle").color, Theme.red));
+            verify(Qt.colorEqual(find(detail, "headerCI").color, Theme.red));
+        }
+
         function test_fileStatusMarksAreCaseSensitive() {
             gitea.answer("GET", "/api/v1/repos/ann/tool/pulls/7/files", 200, JSON.stringify([
                 { filename: "Added.txt", status: "Added", additions: 1, deletions: 0 },

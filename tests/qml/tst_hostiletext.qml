@@ -205,6 +205,28 @@ Item {
             verify(checkDrawnAsText(detail) >= 1);
         }
 
+        function test_commitStatusTextsFromTheServerAreText() {
+            const stranger = "http://" + gitea.strangerHost();
+            const context = "<img src=\"" + stranger + "/context.png\"> ci/<b>woodpecker</b>";
+            const description = "![badge](" + stranger + "/badge.png) &amp; \u202eliaf <i>3</i>";
+            const sha = "a1b2c3d4e5f60718293a4b5c6d7e8f9001122334";
+            gitea.answer("GET", "/api/v1/repos/ann/web<b>&amp;<font color=red>/commits/" + sha + "/status",
+                         200, JSON.stringify({ state: "failure", sha: sha, total_count: 2, statuses: [
+                             { id: 1, status: "failure", context: context, description: description,
+                               target_url: stranger + "/build/1" },
+                             { id: 2, status: "error", context: "<u>lint</u>",
+                               description: "<script>", target_url: "javascript:fetch('" + stranger + "')" }
+                         ] }));
+            const detail = openDetail(1);
+            tryCompare(detail.vm.statusesModel, "count", 2, 5000);
+            showTab(detail, 3);
+            compare(textsNamed(detail, "statusContext"), [context, "<u>lint</u>"]);
+            compare(textsNamed(detail, "statusDescription"), [description, "<script>"]);
+            const buttons = itemsUnder(detail).filter(each => each.objectName === "statusDetailsButton");
+            compare(buttons.map(button => button.visible), [true, false]);
+            verify(checkDrawnAsText(findChild(detail, "statusesCard")) >= 4);
+        }
+
         function test_descriptionLinesKeepOnlyTheirInlineFormatting() {
             const detail = openDetail(1);
             const lines = itemsUnder(findChild(detail, "description"))

@@ -91,6 +91,18 @@ struct TourSteps
         return detail;
     }
 
+    /// Waits until `detail` has the `count` commit statuses of other CI the demo gives its head
+    /// commit, which arrive after the rest of the pull request.
+    static void expectStatuses(Tour &t, QObject *detail, int count)
+    {
+        const RecordListModel *statuses = listModel(detail, "statusesModel");
+        if (!Tour::waitFor([&] { return statuses->rowCount() == count; }, 5000))
+            t.fail(QStringLiteral("%1 commit statuses instead of %2")
+                       .arg(statuses->rowCount())
+                       .arg(count));
+        Tour::settle(200);
+    }
+
     /// Opens the diff of `file` from `detail` and waits until it has loaded.
     static void openDiff(Tour &t, QObject *detail, const QString &filename)
     {
@@ -441,6 +453,7 @@ void TourSteps::demoScenes(Tour &t)
     selectTab(detail, 2);
     t.shoot(QStringLiteral("detail-files"));
     selectTab(detail, 3);
+    expectStatuses(t, detail, 1);
     t.shoot(QStringLiteral("detail-checks"));
     selectTab(detail, 0);
     QMetaObject::invokeMethod(detail, "openMergeSheet");
@@ -575,6 +588,7 @@ void TourSteps::demoScenes(Tour &t)
     selectTab(detail, 1);
     t.shoot(QStringLiteral("detail-no-comments"));
     selectTab(detail, 3);
+    expectStatuses(t, detail, 2);
     t.shoot(QStringLiteral("detail-no-runs"));
     back(t);
     QVariantMap mergedRow = rowOf(inbox, 142).toMap();
@@ -635,6 +649,10 @@ void TourSteps::demoScenes(Tour &t)
     search(t, QString());
     detail = openDetail(t, rowOf(inbox, 142));
     t.shoot(QStringLiteral("desktop-detail"));
+    selectTab(detail, 3);
+    expectStatuses(t, detail, 1);
+    t.shoot(QStringLiteral("desktop-detail-checks"));
+    selectTab(detail, 0);
     copyLink(t, detail, QStringLiteral("desktop-detail-link-copied"));
     back(t);
     window->resize(390, 844);
