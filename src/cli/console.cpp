@@ -1,5 +1,6 @@
 #include "console.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <termios.h>
 #include <unistd.h>
@@ -60,24 +61,48 @@ std::optional<QByteArray> readRawLine()
 
 } // namespace
 
+QString visibleControls(const QString &text)
+{
+    const auto isHidden = [](QChar c) {
+        const char16_t u = c.unicode();
+        return (u < 0x20 && u != u'\n' && u != u'\t') || (u >= 0x7f && u <= 0x9f);
+    };
+    if (std::none_of(text.cbegin(), text.cend(), isHidden))
+        return text;
+    QString visible = text;
+    for (QChar &c : visible) {
+        if (!isHidden(c))
+            continue;
+        const char16_t u = c.unicode();
+        // U+2400 to U+241F picture the C0 characters in order, U+2421 pictures DEL.
+        c = u < 0x20 ? QChar(char16_t(0x2400 + u)) : u == 0x7f ? QChar(0x2421) : QChar(0xfffd);
+    }
+    return visible;
+}
+
 void writeBytes(const QByteArray &bytes)
 {
     writeTo(stdout, bytes);
 }
 
-void write(const QString &text)
+void writeVerbatim(const QString &text)
 {
     writeTo(stdout, text.toUtf8());
 }
 
+void write(const QString &text)
+{
+    writeTo(stdout, visibleControls(text).toUtf8());
+}
+
 void printLine(const QString &text)
 {
-    writeTo(stdout, text.toUtf8() + '\n');
+    writeTo(stdout, visibleControls(text).toUtf8() + '\n');
 }
 
 void printError(const QString &text)
 {
-    writeTo(stderr, text.toUtf8() + '\n');
+    writeTo(stderr, visibleControls(text).toUtf8() + '\n');
 }
 
 bool inputIsTerminal()

@@ -31,7 +31,7 @@ QCoro::Task<int> runDiff(Arguments arguments, Session &session)
         text += lines.text(i);
         text += u'\n';
     }
-    console::write(text);
+    console::writeVerbatim(text);
     co_return ExitCode::Success;
 }
 

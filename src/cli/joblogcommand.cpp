@@ -26,7 +26,7 @@ QCoro::Task<int> runJobLog(Arguments arguments, Session &session)
         console::printError(*model.errorMessage());
         co_return ExitCode::Failure;
     }
-    console::write(model.text());
+    console::writeVerbatim(model.text());
     co_return ExitCode::Success;
 }
 

@@ -249,6 +249,31 @@ private slots:
             QVERIFY(!result.outText().contains(htmlUrl.toString()));
     }
 
+    void showMakesTheControlCharactersOfServerTextsVisible()
+    {
+        // A title that would retitle the terminal, hide its start behind a carriage return and
+        // open a C1 control sequence.
+        const QString title = QStringLiteral("Fix \x1b]0;owned\x07 it\rX\u009b2J\x7f\tend");
+        gitea->answerPullRequestWith(QStringLiteral("ann"), QStringLiteral("tool"), 7,
+                                     QStringLiteral("title"), title);
+
+        const CliResult shown = cli->run({QStringLiteral("show"), tool, QStringLiteral("7")});
+
+        QCOMPARE(shown.exitCode, 0);
+        QVERIFY(shown.outText().startsWith(
+            QStringLiteral("Fix \u241b]0;owned\u2407 it\u240dX\ufffd2J\u2421\tend\n")));
+        QVERIFY(!shown.out.contains('\x1b'));
+        QVERIFY(!shown.out.contains('\r'));
+
+        // JSON escapes them itself and keeps the title as it is.
+        const CliResult json =
+            cli->run({QStringLiteral("show"), tool, QStringLiteral("7"), QStringLiteral("--json")});
+        QCOMPARE(json.exitCode, 0);
+        QCOMPARE(QJsonDocument::fromJson(json.out)[QStringLiteral("pr")][QStringLiteral("title")]
+                     .toString(),
+                 title);
+    }
+
     void showOfAPullRequestWithoutReviewsOrDescription()
     {
         const CliResult result =
