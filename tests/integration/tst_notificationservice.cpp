@@ -456,6 +456,107 @@ private slots:
         QVERIFY(notifications->received.first().hints.contains(QStringLiteral("sound-name")));
     }
 
+    void notificationsNameTheAppsDesktopEntry()
+    {
+        world.repositories = {QStringLiteral("ann/tool")};
+        world.pulls[QStringLiteral("ann/tool")] = {
+            pull(7, QStringLiteral("T"), QStringLiteral("s7"))};
+        pass();
+        QTRY_COMPARE(notifications->received.size(), 1);
+        const NotificationServer::Received &shown = notifications->received.first();
+        QCOMPARE(shown.hints.value(QStringLiteral("desktop-entry")),
+                 QVariant(QStringLiteral("com.norrum.kestrine")));
+        QCOMPARE(shown.appIcon, QStringLiteral("com.norrum.kestrine"));
+    }
+
+    void notificationsNobodyListensForOfferNoAction()
+    {
+        world.repositories = {QStringLiteral("ann/tool")};
+        world.pulls[QStringLiteral("ann/tool")] = {
+            pull(7, QStringLiteral("T"), QStringLiteral("s7"))};
+        pass();
+        QTRY_COMPARE(notifications->received.size(), 1);
+        QCOMPARE(notifications->received.first().actions, QStringList());
+    }
+
+    void notificationsOfACentreThatOpensPullRequestsHaveADefaultAction()
+    {
+        QVERIFY(center->openPullRequests());
+        world.repositories = {QStringLiteral("ann/tool")};
+        world.pulls[QStringLiteral("ann/tool")] = {
+            pull(7, QStringLiteral("T"), QStringLiteral("s7"))};
+        world.runsBySha[QStringLiteral("s7")] = runs("completed", "success");
+        QCOMPARE(pass(), 1);
+        QCOMPARE(pass(), 0);
+        world.runsBySha[QStringLiteral("s7")] = runs("completed", "failure");
+        QCOMPARE(pass(), 1);
+
+        // Both kinds, "New PR" and the CI news.
+        QTRY_COMPARE(notifications->received.size(), 2);
+        for (const NotificationServer::Received &shown : std::as_const(notifications->received)) {
+            QCOMPARE(shown.actions.size(), 2); // key and label
+            QCOMPARE(shown.actions.first(), QStringLiteral("default"));
+        }
+        QCOMPARE(notifications->received.last().summary, QStringLiteral("CI failed"));
+    }
+
+    void activatingANotificationReportsItsPullRequest()
+    {
+        QVERIFY(center->openPullRequests());
+        QSignalSpy activated(center, &FreedesktopNotificationCenter::pullRequestActivated);
+        world.repositories = {QStringLiteral("ann/tool"), QStringLiteral("bo/site")};
+        world.pulls[QStringLiteral("ann/tool")] = {
+            pull(7, QStringLiteral("T"), QStringLiteral("s7"))};
+        world.pulls[QStringLiteral("bo/site")] = {
+            pull(12, QStringLiteral("U"), QStringLiteral("s12"))};
+        QCOMPARE(pass(), 2);
+        QTRY_COMPARE(notifications->received.size(), 2);
+        // The server's answer with its id is in before the user can click.
+        QTest::qWait(100);
+
+        notifications->invokeAction(notifications->received.at(1).id, QStringLiteral("default"),
+                                    QStringLiteral("token-1"));
+        QTRY_COMPARE(activated.size(), 1);
+        QCOMPARE(activated.first(),
+                 (QVariantList{QStringLiteral("bo/site#12"), QStringLiteral("token-1")}));
+
+        notifications->invokeAction(notifications->received.at(0).id, QStringLiteral("default"));
+        QTRY_COMPARE(activated.size(), 2);
+        QCOMPARE(activated.last(), (QVariantList{QStringLiteral("ann/tool#7"), QString()}));
+    }
+
+    void activationsOfOtherNotificationsAreIgnored()
+    {
+        QVERIFY(center->openPullRequests());
+        QSignalSpy activated(center, &FreedesktopNotificationCenter::pullRequestActivated);
+        world.repositories = {QStringLiteral("ann/tool")};
+        world.pulls[QStringLiteral("ann/tool")] = {
+            pull(7, QStringLiteral("T"), QStringLiteral("s7")),
+            pull(8, QStringLiteral("U"), QStringLiteral("s8"))};
+        QCOMPARE(pass(), 2);
+        QTRY_COMPARE(notifications->received.size(), 2);
+        QTest::qWait(100);
+        const uint first = notifications->received.at(0).id;
+        const uint second = notifications->received.at(1).id;
+
+        // Another app's notification: the server's signals reach every client.
+        notifications->invokeAction(second + 100, QStringLiteral("default"));
+        // An action other than the default one, which these notifications do not have.
+        notifications->invokeAction(first, QStringLiteral("reply"));
+        // A notification the user dismissed is gone; a late activation of it does nothing.
+        notifications->closeNotification(second);
+        notifications->invokeAction(second, QStringLiteral("default"));
+        QTest::qWait(300);
+        QCOMPARE(activated.size(), 0);
+
+        // Once activated, a notification is gone as well.
+        notifications->invokeAction(first, QStringLiteral("default"));
+        QTRY_COMPARE(activated.size(), 1);
+        notifications->invokeAction(first, QStringLiteral("default"));
+        QTest::qWait(300);
+        QCOMPARE(activated.size(), 1);
+    }
+
     void aTitleWithMarkupReachesTheServerAsText_data()
     {
         QTest::addColumn<bool>("readsMarkup");
