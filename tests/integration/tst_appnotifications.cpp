@@ -1,7 +1,8 @@
 // The app's notifications, with its window on the offscreen platform, the fake Gitea server and a
 // notification server of the test's own on a private session bus: a pass run while the window is
 // active is carried out and remembered as always, but nothing of it is shown; once the window is
-// behind, notifications show again.
+// behind, notifications show again. Activating one brings the window to the front on its pull
+// request, on top of the inbox.
 
 #include "app.h"
 #include "fakegiteaserver.h"
@@ -73,6 +74,25 @@ private:
         QVERIFY(QTest::qWaitForWindowActive(&other));
     }
 
+    QObject *navigation() const { return child(window, "navigation"); }
+    int depth() const { return navigation()->property("depth").toInt(); }
+    QObject *top() const { return navigation()->property("currentItem").value<QObject *>(); }
+
+    /// With the window behind, one pass that announces the pull requests not yet announced:
+    /// what reached the notification server.
+    QList<NotificationServer::Received> postBehind(QWindow &other, qsizetype count)
+    {
+        activate(other);
+        if (!QTest::qWaitFor([this] { return !window->isActive(); }))
+            return {};
+        if (pass() != count ||
+            !QTest::qWaitFor([&] { return notifications->received.size() == count; }))
+            return {};
+        // The server's answer with each id has come back before anyone could click.
+        QTest::qWait(100);
+        return std::exchange(notifications->received, {});
+    }
+
     /// One pass of the check the app installed, as the inbox and the background task run it.
     int pass()
     {
@@ -100,6 +120,16 @@ private slots:
                       [this](const RecordedRequest &, const RouteParams &) {
                           return FakeResponse::json(
                               QJsonDocument(openPulls).toJson(QJsonDocument::Compact));
+                      });
+        server->route("GET", QStringLiteral("/api/v1/repos/ann/tool/pulls/{number}"),
+                      [this](const RecordedRequest &, const RouteParams &params) {
+                          for (const QJsonValue &open : std::as_const(openPulls)) {
+                              if (QString::number(open[QStringLiteral("number")].toInteger()) ==
+                                  params[QStringLiteral("number")])
+                                  return FakeResponse::json(
+                                      QJsonDocument(open.toObject()).toJson());
+                          }
+                          return FakeResponse::json(R"({"message":"not found"})", 404);
                       });
         // What the app loads as it starts.
         SettingsStore saved;
@@ -163,6 +193,63 @@ private slots:
         QCOMPARE(pass(), 1);
         QCOMPARE(notifications->takeArrived(1),
                  QStringList{QStringLiteral("New PR|Second — ann/tool")});
+    }
+
+    void notificationsOfTheAppHaveADefaultAction()
+    {
+        QWindow other;
+        const QList<NotificationServer::Received> shown = postBehind(other, 1);
+        QCOMPARE(shown.size(), 1);
+        QCOMPARE(shown.first().actions.value(0), QStringLiteral("default"));
+        QCOMPARE(shown.first().hints.value(QStringLiteral("desktop-entry")),
+                 QVariant(QStringLiteral("com.norrum.kestrine")));
+    }
+
+    void activatingANotificationOpensItsPullRequestOnTopOfTheInbox()
+    {
+        openPulls.append(pull(8, QStringLiteral("Second")));
+        QWindow other;
+        const QList<NotificationServer::Received> shown = postBehind(other, 2);
+        QCOMPARE(shown.size(), 2);
+        QCOMPARE(shown.at(1).body, QStringLiteral("Second — ann/tool"));
+
+        notifications->invokeAction(shown.at(1).id, QStringLiteral("default"));
+
+        // In front, on the pull request's detail screen, which loads it.
+        QTRY_VERIFY(window->isActive());
+        QTRY_COMPARE(depth(), 2);
+        QObject *detail = top();
+        QCOMPARE(detail->objectName(), QStringLiteral("prDetailView"));
+        QObject *vm = detail->property("vm").value<QObject *>();
+        QCOMPARE(vm->property("repo").toMap().value(QStringLiteral("full_name")),
+                 QVariant(QStringLiteral("ann/tool")));
+        QCOMPARE(vm->property("prNumber").toLongLong(), 8);
+        QTRY_VERIFY(vm->property("hasPr").toBool());
+        QCOMPARE(vm->property("pr").toMap().value(QStringLiteral("title")),
+                 QVariant(QStringLiteral("Second")));
+
+        // Back returns to the inbox.
+        QMetaObject::invokeMethod(window, "back");
+        QTRY_COMPARE(depth(), 1);
+        QCOMPARE(top()->objectName(), QStringLiteral("inboxView"));
+    }
+
+    void activatingAnotherAppsNotificationChangesNothing()
+    {
+        QWindow other;
+        const QList<NotificationServer::Received> shown = postBehind(other, 1);
+        QCOMPARE(shown.size(), 1);
+
+        // Every client of the notification server hears its signals.
+        notifications->invokeAction(shown.first().id + 1000, QStringLiteral("default"));
+        QTest::qWait(300);
+        QCOMPARE(depth(), 1);
+        QVERIFY(!window->isActive());
+
+        // The app's own still works.
+        notifications->invokeAction(shown.first().id, QStringLiteral("default"));
+        QTRY_COMPARE(depth(), 2);
+        QTRY_VERIFY(window->isActive());
     }
 
     void aPassWhileTheWindowIsBehindShowsItsNotifications_data()
