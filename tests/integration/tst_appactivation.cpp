@@ -8,6 +8,7 @@
 #include "app.h"
 #include "applicationservice.h"
 #include "fakegiteaserver.h"
+#include "onerepository.h"
 #include "outcome.h"
 #include "settingsstore.h"
 
@@ -18,7 +19,6 @@
 #include <QDBusVariant>
 #include <QJsonArray>
 #include <QJsonDocument>
-#include <QJsonObject>
 #include <QProcess>
 #include <QQuickItem>
 #include <QQuickWindow>
@@ -26,33 +26,17 @@
 #include <optional>
 
 using namespace kestrine;
+using kestrine::testing::namedChild;
+using kestrine::testing::openPull;
 using kestrine::testing::runToEnd;
+using kestrine::testing::saveAppSettings;
+using kestrine::testing::serveOneRepository;
 
 namespace {
-
-QJsonObject pull(qint64 number, const QString &title)
-{
-    return {{QStringLiteral("id"), 100 + number},
-            {QStringLiteral("number"), number},
-            {QStringLiteral("title"), title},
-            {QStringLiteral("state"), QStringLiteral("open")}};
-}
-
-QByteArray compact(const QJsonValue &value)
-{
-    return value.isArray() ? QJsonDocument(value.toArray()).toJson(QJsonDocument::Compact)
-                           : QJsonDocument(value.toObject()).toJson(QJsonDocument::Compact);
-}
 
 PullRequestReference reference(const char *text)
 {
     return PullRequestReference::parse(QString::fromLatin1(text)).value();
-}
-
-QObject *child(QObject *root, const char *name)
-{
-    const QList<QObject *> all = root->findChildren<QObject *>(QString::fromLatin1(name));
-    return all.isEmpty() ? nullptr : all.constLast();
 }
 
 /// What one run of the `kestrine` executable left.
@@ -71,6 +55,8 @@ class TestAppActivation : public QObject
 
 private:
     FakeGiteaServer *server = nullptr;
+    const QJsonArray openPulls{openPull(7, QStringLiteral("First")),
+                               openPull(8, QStringLiteral("Second"))};
     std::optional<KestrineApp> app;
     QQuickWindow *window = nullptr;
     QObject *navigation = nullptr;
@@ -83,9 +69,9 @@ private:
                  qPrintable(started.errorString()));
         window = started.window();
         QVERIFY(window);
-        navigation = child(window, "navigation");
+        navigation = namedChild(window, "navigation");
         QVERIFY(navigation);
-        QObject *model = child(window, "inboxView")->property("vm").value<QObject *>();
+        QObject *model = namedChild(window, "inboxView")->property("vm").value<QObject *>();
         QTRY_COMPARE(model->property("count").toInt(), 2);
         QTRY_VERIFY(!model->property("isLoading").toBool());
     }
@@ -95,7 +81,7 @@ private:
     void stopApp()
     {
         if (navigation) {
-            QObject *inbox = child(window, "inboxView");
+            QObject *inbox = namedChild(window, "inboxView");
             const bool settled = QTest::qWaitFor([&] {
                 QObject *screen = top();
                 const QObject *detail =
@@ -156,6 +142,19 @@ private:
         return detail;
     }
 
+    /// The title of the pull request that the detail screen on top loaded; empty when it loaded
+    /// none.
+    QString loadedTitle()
+    {
+        QObject *detail = loadedDetail();
+        return detail ? viewModel(detail)
+                            ->property("pr")
+                            .toMap()
+                            .value(QStringLiteral("title"))
+                            .toString()
+                      : QString();
+    }
+
     /// Runs `kestrine` with `arguments` while this process keeps answering on the bus.
     static Run runKestrine(const QStringList &arguments, int timeoutMs = 20000)
     {
@@ -204,27 +203,12 @@ private slots:
     {
         server = new FakeGiteaServer(this);
         QVERIFY(server->listen());
+        serveOneRepository(*server, openPulls);
+        // ann/other is not a repository the inbox lists.
         server->route(
-            "GET", QStringLiteral("/api/v1/user/repos"),
-            FakeResponse::json(
-                R"([{"id":1,"name":"tool","full_name":"ann/tool","owner":{"login":"ann"}}])"));
-        server->route("GET", QStringLiteral("/api/v1/repos/ann/tool/pulls"),
-                      FakeResponse::json(compact(QJsonArray{pull(7, QStringLiteral("First")),
-                                                            pull(8, QStringLiteral("Second"))})));
-        // One pull request each, by number; ann/other is not a repository the inbox lists.
-        server->route("GET", QStringLiteral("/api/v1/repos/ann/tool/pulls/7"),
-                      FakeResponse::json(compact(pull(7, QStringLiteral("First")))));
-        server->route("GET", QStringLiteral("/api/v1/repos/ann/tool/pulls/8"),
-                      FakeResponse::json(compact(pull(8, QStringLiteral("Second")))));
-        server->route("GET", QStringLiteral("/api/v1/repos/ann/other/pulls/3"),
-                      FakeResponse::json(compact(pull(3, QStringLiteral("Elsewhere")))));
-        SettingsStore saved;
-        SettingsStore *settings = &saved;
-        settings->setInstanceURL(server->baseUrl().toString());
-        settings->setToken(QStringLiteral("t0ken"));
-        settings->setMonitoredRepos({});
-        settings->setNotificationsEnabled(false);
-        runToEnd(saved.settle());
+            "GET", QStringLiteral("/api/v1/repos/ann/other/pulls/3"),
+            FakeResponse::json(QJsonDocument(openPull(3, QStringLiteral("Elsewhere"))).toJson()));
+        saveAppSettings(server->baseUrl(), QStringLiteral("t0ken"));
         startApp(AppOptions{});
     }
 
@@ -239,10 +223,7 @@ private slots:
     {
         app->openPullRequest(reference("ann/tool#7"));
         QTRY_COMPARE(screens(), (QStringList{QStringLiteral("inboxView"), "ann/tool#7"}));
-        QObject *detail = loadedDetail();
-        QVERIFY(detail);
-        QCOMPARE(viewModel(detail)->property("pr").toMap().value(QStringLiteral("title")),
-                 QVariant(QStringLiteral("First")));
+        QCOMPARE(loadedTitle(), QStringLiteral("First"));
 
         QMetaObject::invokeMethod(window, "back");
         QTRY_COMPARE(screens(), QStringList{QStringLiteral("inboxView")});
@@ -298,7 +279,7 @@ private slots:
 
     void openingAPullRequestPutsTheInboxSheetsAway()
     {
-        QObject *inbox = child(window, "inboxView");
+        QObject *inbox = namedChild(window, "inboxView");
         QMetaObject::invokeMethod(inbox, "openSettings");
         QObject *settingsSheet = inbox->property("settingsSheet").value<QObject *>();
         QTRY_VERIFY(settingsSheet->property("opened").toBool());
@@ -312,11 +293,8 @@ private slots:
     {
         app->openPullRequest(reference("ann/other#3"));
         QTRY_COMPARE(screens(), (QStringList{QStringLiteral("inboxView"), "ann/other#3"}));
-        QObject *detail = loadedDetail();
-        QVERIFY(detail);
-        QCOMPARE(viewModel(detail)->property("pr").toMap().value(QStringLiteral("title")),
-                 QVariant(QStringLiteral("Elsewhere")));
-        QCOMPARE(child(detail, "prReference")->property("text").toString(),
+        QCOMPARE(loadedTitle(), QStringLiteral("Elsewhere"));
+        QCOMPARE(namedChild(top(), "prReference")->property("text").toString(),
                  QStringLiteral("ann/other#3"));
     }
 
@@ -328,7 +306,7 @@ private slots:
         QVERIFY(!viewModel(detail)->property("hasPr").toBool());
         QCOMPARE(viewModel(detail)->property("errorMessage").toString(),
                  QStringLiteral("Not found."));
-        QTRY_VERIFY(child(detail, "loadFailedState")->property("visible").toBool());
+        QTRY_VERIFY(namedChild(detail, "loadFailedState")->property("visible").toBool());
     }
 
     void withoutConfigurationTheInboxStays()
@@ -338,7 +316,7 @@ private slots:
         app->openPullRequest(reference("ann/tool#7"));
         QTest::qWait(300);
         QCOMPARE(screens(), QStringList{QStringLiteral("inboxView")});
-        QVERIFY(child(window, "notConfiguredState")->property("visible").toBool());
+        QVERIFY(namedChild(window, "notConfiguredState")->property("visible").toBool());
     }
 
     void aPullRequestAskedForAtStartOpensOnceTheWindowIsUp()

@@ -10,6 +10,7 @@
 #include "notificationpass.h"
 #include "notificationserver.h"
 #include "notificationstate.h"
+#include "onerepository.h"
 #include "outcome.h"
 #include "settingsstore.h"
 
@@ -23,24 +24,14 @@
 #include <optional>
 
 using namespace kestrine;
+using kestrine::testing::namedChild;
 using kestrine::testing::NotificationServer;
+using kestrine::testing::openPull;
 using kestrine::testing::runToEnd;
+using kestrine::testing::saveAppSettings;
+using kestrine::testing::serveOneRepository;
 
 namespace {
-
-QJsonObject pull(qint64 number, const QString &title)
-{
-    return {{QStringLiteral("id"), 100 + number},
-            {QStringLiteral("number"), number},
-            {QStringLiteral("title"), title},
-            {QStringLiteral("state"), QStringLiteral("open")}};
-}
-
-QObject *child(QObject *root, const char *name)
-{
-    const QList<QObject *> all = root->findChildren<QObject *>(QString::fromLatin1(name));
-    return all.isEmpty() ? nullptr : all.constLast();
-}
 
 /// The log lines written from `first` on, as "LEVEL message".
 QStringList logLinesFrom(const LogStore &log, qsizetype first)
@@ -74,7 +65,7 @@ private:
         QVERIFY(QTest::qWaitForWindowActive(&other));
     }
 
-    QObject *navigation() const { return child(window, "navigation"); }
+    QObject *navigation() const { return namedChild(window, "navigation"); }
     int depth() const { return navigation()->property("depth").toInt(); }
     QObject *top() const { return navigation()->property("currentItem").value<QObject *>(); }
 
@@ -111,36 +102,10 @@ private slots:
     {
         server = new FakeGiteaServer(this);
         QVERIFY(server->listen());
-        server->route(
-            "GET", QStringLiteral("/api/v1/user/repos"),
-            FakeResponse::json(
-                R"([{"id":1,"name":"tool","full_name":"ann/tool","owner":{"login":"ann"}}])"));
-        openPulls = {pull(7, QStringLiteral("First"))};
-        server->route("GET", QStringLiteral("/api/v1/repos/ann/tool/pulls"),
-                      [this](const RecordedRequest &, const RouteParams &) {
-                          return FakeResponse::json(
-                              QJsonDocument(openPulls).toJson(QJsonDocument::Compact));
-                      });
-        server->route("GET", QStringLiteral("/api/v1/repos/ann/tool/pulls/{number}"),
-                      [this](const RecordedRequest &, const RouteParams &params) {
-                          for (const QJsonValue &open : std::as_const(openPulls)) {
-                              if (QString::number(open[QStringLiteral("number")].toInteger()) ==
-                                  params[QStringLiteral("number")])
-                                  return FakeResponse::json(
-                                      QJsonDocument(open.toObject()).toJson());
-                          }
-                          return FakeResponse::json(R"({"message":"not found"})", 404);
-                      });
-        // What the app loads as it starts.
-        SettingsStore saved;
-        SettingsStore *settings = &saved;
-        settings->setInstanceURL(server->baseUrl().toString());
-        settings->setToken(QStringLiteral("t0ken"));
-        settings->setMonitoredRepos({});
-        // Off while the app starts, so that the passes counted are the test's own.
-        settings->setNotificationsEnabled(false);
-        // In the keychain before the app reads it.
-        runToEnd(saved.settle());
+        openPulls = {openPull(7, QStringLiteral("First"))};
+        serveOneRepository(*server, openPulls);
+        // What the app loads as it starts; notifications are off until the test is ready.
+        saveAppSettings(server->baseUrl(), QStringLiteral("t0ken"));
         QFile::remove(NotificationState::defaultFilePath());
         notifications->received.clear();
 
@@ -151,7 +116,7 @@ private slots:
         window->requestActivate();
         QVERIFY(QTest::qWaitForWindowActive(window));
         // The inbox's first load is over, so that every later request and log line is a pass's.
-        QObject *inbox = child(window, "inboxView");
+        QObject *inbox = namedChild(window, "inboxView");
         QVERIFY(inbox);
         QObject *model = inbox->property("vm").value<QObject *>();
         QTRY_COMPARE(model->property("count").toInt(), 1);
@@ -189,7 +154,7 @@ private slots:
         QWindow other;
         activate(other);
         QTRY_VERIFY(!window->isActive());
-        openPulls.append(pull(8, QStringLiteral("Second")));
+        openPulls.append(openPull(8, QStringLiteral("Second")));
         QCOMPARE(pass(), 1);
         QCOMPARE(notifications->takeArrived(1),
                  QStringList{QStringLiteral("New PR|Second — ann/tool")});
@@ -207,7 +172,7 @@ private slots:
 
     void activatingANotificationOpensItsPullRequestOnTopOfTheInbox()
     {
-        openPulls.append(pull(8, QStringLiteral("Second")));
+        openPulls.append(openPull(8, QStringLiteral("Second")));
         QWindow other;
         const QList<NotificationServer::Received> shown = postBehind(other, 2);
         QCOMPARE(shown.size(), 2);
