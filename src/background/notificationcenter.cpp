@@ -147,7 +147,8 @@ void FreedesktopNotificationCenter::onActionInvoked(uint id, const QString &acti
         return;
     const QString pullRequestKey = *shown;
     const QString activationToken = m_activationTokens.take(id);
-    // Activated notifications go away on every server, most without a NotificationClosed.
+    // An activated notification is done with: servers take it away, and not every one says so
+    // with a NotificationClosed.
     m_shown.erase(shown);
     emit pullRequestActivated(pullRequestKey, activationToken);
 }

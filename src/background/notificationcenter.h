@@ -50,8 +50,8 @@ protected:
 /// and icon and knows which app a click on it is for. A running app also asks for activations
 /// (openPullRequests()): its notifications then carry a default action, and activating one of
 /// them reports its pull request. Without that, as from the systemd timer's short-lived run, a
-/// notification carries no action: nobody would be there to answer it, and a notification
-/// without one is opened by the desktop as a start of the app from its desktop entry.
+/// notification carries no action: nobody would be there to answer it, and desktops such as
+/// GNOME open a notification without one by starting the app from its desktop entry.
 class FreedesktopNotificationCenter : public QObject, public NotificationCenter
 {
     Q_OBJECT
