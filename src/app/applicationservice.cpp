@@ -84,6 +84,8 @@ ApplicationService::Claim ApplicationService::claim()
 
 void ApplicationService::release()
 {
+    if (!m_owned && !m_registered)
+        return;
     QDBusConnection bus = QDBusConnection::sessionBus();
     if (m_owned)
         bus.unregisterService(m_busName);
