@@ -12,6 +12,7 @@
 #include "storagemode.h"
 
 #include <QCoreApplication>
+#include <QGuiApplication>
 #include <QPointer>
 #include <QQuickStyle>
 #include <QQuickWindow>
@@ -35,7 +36,16 @@ void prepareApplication()
 
 KestrineApp::KestrineApp(AppOptions options)
     : m_options(options)
-{}
+    , m_service(ApplicationService::busName(m_options.demo))
+    , m_pendingOpen(m_options.open)
+{
+    QObject::connect(&m_service, &ApplicationService::activationRequested, &m_service,
+                     [this](const QString &token) { activate(token); });
+    QObject::connect(&m_service, &ApplicationService::pullRequestRequested, &m_service,
+                     [this](const PullRequestReference &reference, const QString &token) {
+                         openPullRequest(reference, token);
+                     });
+}
 
 KestrineApp::AbortedRequestsDrain::~AbortedRequestsDrain()
 {
@@ -93,7 +103,58 @@ QCoro::Task<bool> KestrineApp::start()
     m_notificationCenter->setForegroundTest([window = QPointer<QQuickWindow>(shown)] {
         return window && window->isExposed() && window->isActive();
     });
+    if (m_pendingOpen)
+        openPullRequest(*std::exchange(m_pendingOpen, std::nullopt));
     co_return true;
+}
+
+ApplicationService::Claim KestrineApp::claimBusName()
+{
+    return m_service.claim();
+}
+
+std::optional<QString> KestrineApp::handOver(const QVariantMap &platformData) const
+{
+    return ApplicationService::handOver(m_service.name(), m_options.open, platformData);
+}
+
+void KestrineApp::releaseBusName()
+{
+    m_service.release();
+}
+
+void KestrineApp::activate(const QString &activationToken)
+{
+    QQuickWindow *const shown = window();
+    // A window that is still being built comes up in front by itself.
+    if (!shown)
+        return;
+    // Qt's Wayland shell, where it supports xdg-activation, takes the token for the next
+    // activation from the environment (and removes it there). Elsewhere it means nothing, and
+    // would only be passed on to the programs the app starts.
+    if (!activationToken.isEmpty() && QGuiApplication::platformName().startsWith(u"wayland"))
+        qputenv("XDG_ACTIVATION_TOKEN", activationToken.toUtf8());
+    if (shown->visibility() == QWindow::Minimized)
+        shown->showNormal();
+    else
+        shown->show();
+    // Activation raises the window as well (_NET_ACTIVE_WINDOW on X11, xdg-activation on
+    // Wayland); raise() on its own is not supported everywhere and would only warn there.
+    shown->requestActivate();
+}
+
+void KestrineApp::openPullRequest(const PullRequestReference &reference,
+                                  const QString &activationToken)
+{
+    QQuickWindow *const shown = window();
+    if (!shown) {
+        m_pendingOpen = reference;
+        return;
+    }
+    activate(activationToken);
+    // The screens take the repository as the record's QML form, as an inbox row has it.
+    QMetaObject::invokeMethod(shown, "openPullRequest", Q_ARG(QVariant, toQmlValue(reference.repo)),
+                              Q_ARG(QVariant, QVariant::fromValue(reference.number)));
 }
 
 QQuickWindow *KestrineApp::window() const
@@ -128,6 +189,15 @@ void KestrineApp::registerBackgroundTask()
     m_scheduler = std::make_unique<InProcessScheduler>();
     m_delegate = std::make_unique<AppDelegate>(*m_scheduler, *m_notificationService);
     m_delegate->registerBackgroundTask();
+    // A notification the user activates leads to its pull request.
+    if (m_notificationCenter->openPullRequests()) {
+        QObject::connect(
+            m_notificationCenter.get(), &FreedesktopNotificationCenter::pullRequestActivated,
+            m_notificationCenter.get(), [this](const QString &key, const QString &activationToken) {
+                if (const auto reference = PullRequestReference::parse(key))
+                    openPullRequest(*reference, activationToken);
+            });
+    }
 }
 
 } // namespace kestrine

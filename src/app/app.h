@@ -1,11 +1,15 @@
 #pragma once
 
+#include "applicationservice.h"
+#include "pullrequestreference.h"
+
 #include <QCoroTask>
 #include <QObject>
 #include <QQmlApplicationEngine>
 #include <QString>
 #include <functional>
 #include <memory>
+#include <optional>
 
 class QQuickWindow;
 
@@ -29,6 +33,8 @@ struct AppOptions
     /// Makes the server the demo instance answers on; a plain one when unset. The screenshot tour
     /// gives one that can hold answers back, to show the screens that wait for the server.
     std::function<std::unique_ptr<GiteaHttpServer>()> demoServer = nullptr;
+    /// The pull request to show on top of the inbox once the window is up.
+    std::optional<PullRequestReference> open = std::nullopt;
 };
 
 /// The app entry: it creates the log and the settings, the one instance of each that everything of
@@ -36,6 +42,11 @@ struct AppOptions
 /// opens the one window on the inbox, in that order. While that window is on screen and active the
 /// app is in front, and the notifications of its background check are not shown. Everything it
 /// creates lives as long as this object; create it after the QGuiApplication and destroy it before.
+///
+/// There is one window per user session (one for the demo besides): the app that claimBusName()
+/// finds already running is asked to come to the front instead (ApplicationService), and a
+/// notification of the background check that the user activates brings the window to the front
+/// on its pull request.
 class KestrineApp
 {
 public:
@@ -59,6 +70,25 @@ public:
     /// The demo instance in demo mode; null otherwise.
     DemoInstance *demo() const { return m_demo.get(); }
 
+    /// Claims the app's name on the session bus (ApplicationService::busName), before start():
+    /// AlreadyRunning means that another process is the app, which handOver() then brings to the
+    /// front. Without a claim, or without a bus, the app runs alone and nothing can reach it.
+    ApplicationService::Claim claimBusName();
+    /// Brings the app that holds the name to the front, on the pull request of the options'
+    /// `open` when given, as a second start does, handing it `platformData`
+    /// (ApplicationService::launchPlatformData()). Nothing on success, else why it failed.
+    std::optional<QString> handOver(const QVariantMap &platformData) const;
+    /// Gives the name up, once the app is on its way out: a start from now on opens a new window.
+    void releaseBusName();
+
+    /// Brings the window to the front: shown again if hidden or minimised, and activated, with
+    /// `activationToken` when the desktop handed one over.
+    void activate(const QString &activationToken = {});
+    /// Brings the window to the front on `reference`'s detail screen, on top of the inbox, so that
+    /// going back returns to the inbox; before the window is up, once it is.
+    void openPullRequest(const PullRequestReference &reference,
+                         const QString &activationToken = {});
+
     /// The one window's QML document.
     static const QUrl mainQml;
 
@@ -80,6 +110,9 @@ private:
     AbortedRequestsDrain m_drain;
     AppOptions m_options;
     QString m_error;
+    ApplicationService m_service;
+    /// Asked for before the window was up.
+    std::optional<PullRequestReference> m_pendingOpen;
     std::unique_ptr<DemoInstance> m_demo;
     // Before everything that works with them.
     std::unique_ptr<LogStore> m_log;

@@ -5,8 +5,18 @@
 #include <QCommandLineParser>
 #include <QGuiApplication>
 #include <QTimer>
+#include <cstdio>
 
 namespace {
+
+/// A wrong command line: what is wrong on standard error, and status 2, as kestrine-cli has it.
+/// The message names options, never a value typed (it might be a token in the wrong place).
+int usageError(const QString &message)
+{
+    std::fprintf(stderr, "kestrine: %s\nTry 'kestrine --help' for more information.\n",
+                 qUtf8Printable(message));
+    return 2;
+}
 
 /// Starts the app once the event loop runs; a start that fails ends the loop with status 1.
 QCoro::Task<> launch(kestrine::KestrineApp *app)
@@ -21,6 +31,9 @@ QCoro::Task<> launch(kestrine::KestrineApp *app)
 /// the window closed must not be left half written (deleted, not yet added again).
 QCoro::Task<> leave(kestrine::KestrineApp *app)
 {
+    // From here on a new start opens a window of its own rather than asking this one, which is
+    // going away.
+    app->releaseBusName();
     if (kestrine::SettingsStore *settings = app->settings())
         co_await settings->settle();
     QCoreApplication::quit();
@@ -31,11 +44,17 @@ QCoro::Task<> leave(kestrine::KestrineApp *app)
 int main(int argc, char *argv[])
 {
     kestrine::prepareApplication();
+    // For the window already running, should this start only bring it to the front.
+    const QVariantMap launchPlatformData = kestrine::ApplicationService::launchPlatformData();
     QGuiApplication application(argc, argv);
 
     QCommandLineParser parser;
     parser.setApplicationDescription(
-        QStringLiteral("Review and merge the pull requests of a Gitea instance."));
+        QStringLiteral("Review and merge the pull requests of a Gitea instance.\n\n"
+                       "Kestrine has one window: started while it runs, it brings that window to "
+                       "the front\ninstead of opening another, and exits with status 0. The demo "
+                       "is an app of its own\nin that respect; it and your own can run side by "
+                       "side."));
     parser.addHelpOption();
     parser.addVersionOption();
     const QCommandLineOption demo(
@@ -43,9 +62,35 @@ int main(int argc, char *argv[])
         QStringLiteral("Run against the built-in demo instance, without reading or changing your "
                        "saved settings."));
     parser.addOption(demo);
+    const QCommandLineOption open(
+        QStringLiteral("open"),
+        QStringLiteral("Show this pull request, such as ann/tool#7, on top of the inbox; when "
+                       "Kestrine already runs, its window shows it."),
+        kestrine::PullRequestReference::syntax());
+    parser.addOption(open);
+    if (!parser.parse(application.arguments()))
+        return usageError(parser.errorText());
+    // The command line is good: this shows the help or the version, and exits, when asked to.
     parser.process(application);
 
-    kestrine::KestrineApp app({.demo = parser.isSet(demo)});
+    std::optional<kestrine::PullRequestReference> reference;
+    if (parser.isSet(open)) {
+        reference = kestrine::PullRequestReference::parse(parser.value(open));
+        if (!reference)
+            return usageError(QStringLiteral("--open takes %1, such as ann/tool#7")
+                                  .arg(kestrine::PullRequestReference::syntax()));
+    }
+
+    kestrine::KestrineApp app({.demo = parser.isSet(demo), .open = reference});
+    if (app.claimBusName() == kestrine::ApplicationService::Claim::AlreadyRunning) {
+        if (const std::optional<QString> failure = app.handOver(launchPlatformData)) {
+            qCritical(
+                "kestrine: Kestrine is already running but could not be brought to the front: %s",
+                qUtf8Printable(*failure));
+            return 1;
+        }
+        return 0;
+    }
     QTimer::singleShot(0, &application, [&app] { launch(&app); });
     // Closing the window leaves through leave(), as does a stop by the session or systemd, so that
     // the credentials and the log's last lines are written.

@@ -15,8 +15,12 @@ namespace {
 
 const QString service = QStringLiteral("org.freedesktop.Notifications");
 const QString path = QStringLiteral("/org/freedesktop/Notifications");
+/// The action the server runs when the notification itself is clicked or tapped.
+const QString defaultAction = QStringLiteral("default");
 
 } // namespace
+
+const QString FreedesktopNotificationCenter::desktopEntry = QStringLiteral("com.norrum.kestrine");
 
 const QString FreedesktopNotificationCenter::authorizationKey =
     QStringLiteral("kestrine.notifications.authorized");
@@ -43,7 +47,7 @@ QCoro::Task<bool> FreedesktopNotificationCenter::requestAuthorization()
 }
 
 void FreedesktopNotificationCenter::post(const QString &identifier, const QString &title,
-                                         const QString &body)
+                                         const QString &body, const QString &pullRequestKey)
 {
     const QVariant stored = defaultsStore().value(authorizationKey);
     if (stored.typeId() == QMetaType::Bool && !stored.toBool())
@@ -59,12 +63,12 @@ void FreedesktopNotificationCenter::post(const QString &identifier, const QStrin
         new QDBusPendingCallWatcher(QDBusConnection::sessionBus().asyncCall(capabilities), this);
     ++m_unsent;
     connect(answer, &QDBusPendingCallWatcher::finished, this,
-            [this, identifier, title, body](QDBusPendingCallWatcher *call) {
+            [this, identifier, title, body, pullRequestKey](QDBusPendingCallWatcher *call) {
                 call->deleteLater();
                 const QDBusPendingReply<QStringList> reply = *call;
                 const bool readsMarkup =
                     !reply.isError() && reply.value().contains(QStringLiteral("body-markup"));
-                send(identifier, title, readsMarkup ? escapedMarkup(body) : body);
+                send(identifier, title, readsMarkup ? escapedMarkup(body) : body, pullRequestKey);
                 if (--m_unsent == 0)
                     emit sendingFinished();
             });
@@ -86,19 +90,79 @@ QString FreedesktopNotificationCenter::escapedMarkup(const QString &text)
 }
 
 void FreedesktopNotificationCenter::send(const QString &identifier, const QString &title,
-                                         const QString &body)
+                                         const QString &body, const QString &pullRequestKey)
 {
     QDBusMessage notify =
         QDBusMessage::createMethodCall(service, path, service, QStringLiteral("Notify"));
     const QVariantMap hints{
         {QStringLiteral("sound-name"), QStringLiteral("message-new-instant")},
-        {QStringLiteral("desktop-entry"), QStringLiteral("com.norrum.kestrine")},
+        {QStringLiteral("desktop-entry"), desktopEntry},
         {QStringLiteral("x-kestrine-id"), identifier},
     };
+    // The default action has no button of its own on most servers; those that draw one show its
+    // label.
+    const QStringList actions =
+        m_opensPullRequests ? QStringList{defaultAction, QStringLiteral("Open")} : QStringList();
     // The summary is always plain text to a notification server; only bodies may be markup.
-    notify << QStringLiteral("Kestrine") << uint(0) << QStringLiteral("com.norrum.kestrine")
-           << title << body << QStringList() << hints << int(-1);
-    QDBusConnection::sessionBus().asyncCall(notify);
+    notify << QStringLiteral("Kestrine") << uint(0) << desktopEntry << title << body << actions
+           << hints << int(-1);
+    const QDBusPendingCall sent = QDBusConnection::sessionBus().asyncCall(notify);
+    if (!m_opensPullRequests)
+        return;
+    // The server answers with the notification's id, which its signals name; the answer comes
+    // before any signal about that notification, as the bus keeps the order of what one sender
+    // sends.
+    auto *answer = new QDBusPendingCallWatcher(sent, this);
+    connect(answer, &QDBusPendingCallWatcher::finished, this,
+            [this, pullRequestKey](QDBusPendingCallWatcher *call) {
+                call->deleteLater();
+                const QDBusPendingReply<uint> reply = *call;
+                if (!reply.isError())
+                    m_shown.insert(reply.value(), pullRequestKey);
+            });
+}
+
+bool FreedesktopNotificationCenter::openPullRequests()
+{
+    if (m_opensPullRequests)
+        return true;
+    QDBusConnection bus = QDBusConnection::sessionBus();
+    if (!bus.isConnected())
+        return false;
+    // Signals of whichever process owns the server's name, now or later.
+    bus.connect(service, path, service, QStringLiteral("ActionInvoked"), this,
+                SLOT(onActionInvoked(uint, QString)));
+    bus.connect(service, path, service, QStringLiteral("ActivationToken"), this,
+                SLOT(onActivationToken(uint, QString)));
+    bus.connect(service, path, service, QStringLiteral("NotificationClosed"), this,
+                SLOT(onNotificationClosed(uint, uint)));
+    m_opensPullRequests = true;
+    return true;
+}
+
+void FreedesktopNotificationCenter::onActionInvoked(uint id, const QString &actionKey)
+{
+    const auto shown = m_shown.constFind(id);
+    if (shown == m_shown.cend() || actionKey != defaultAction)
+        return;
+    const QString pullRequestKey = *shown;
+    const QString activationToken = m_activationTokens.take(id);
+    // An activated notification is done with: servers take it away, and not every one says so
+    // with a NotificationClosed.
+    m_shown.erase(shown);
+    emit pullRequestActivated(pullRequestKey, activationToken);
+}
+
+void FreedesktopNotificationCenter::onActivationToken(uint id, const QString &activationToken)
+{
+    if (m_shown.contains(id))
+        m_activationTokens.insert(id, activationToken);
+}
+
+void FreedesktopNotificationCenter::onNotificationClosed(uint id, uint)
+{
+    m_shown.remove(id);
+    m_activationTokens.remove(id);
 }
 
 void FreedesktopNotificationCenter::setForegroundTest(ForegroundTest isInForeground)

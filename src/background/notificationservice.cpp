@@ -89,7 +89,7 @@ QCoro::Task<int> NotificationService::poll(QObject *cancellationScope)
                 listedKeys.insert(key);
                 if (!state.announcedNewPRs.contains(key)) {
                     state.announcedNewPRs.insert(key);
-                    fire(newPullRequestTitle(), body(pr, repo));
+                    fire(newPullRequestTitle(), body(pr, repo), key);
                     ++count;
                     continue;
                 }
@@ -102,7 +102,7 @@ QCoro::Task<int> NotificationService::poll(QObject *cancellationScope)
                     state.ciStatusByPR.insert(key, name);
                 } else if (*stored != name) {
                     state.ciStatusByPR.insert(key, name);
-                    fire(ciTitle(status), body(pr, repo));
+                    fire(ciTitle(status), body(pr, repo), key);
                     ++count;
                 }
             }
@@ -138,9 +138,11 @@ QCoro::Task<CIStatus::Value> NotificationService::ciStatus(PullRequest pr, Repos
     }
 }
 
-void NotificationService::fire(const QString &title, const QString &body)
+void NotificationService::fire(const QString &title, const QString &body,
+                               const QString &pullRequestKey)
 {
-    m_center.post(QUuid::createUuid().toString(QUuid::WithoutBraces).toUpper(), title, body);
+    m_center.post(QUuid::createUuid().toString(QUuid::WithoutBraces).toUpper(), title, body,
+                  pullRequestKey);
 }
 
 QString NotificationService::newPullRequestTitle()

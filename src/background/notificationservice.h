@@ -44,7 +44,7 @@ public:
 
 private:
     QCoro::Task<CIStatus::Value> ciStatus(PullRequest pr, Repository repo, GiteaClient client);
-    void fire(const QString &title, const QString &body);
+    void fire(const QString &title, const QString &body, const QString &pullRequestKey);
 
     SettingsStore &m_settings;
     NotificationCenter &m_center;

@@ -72,7 +72,7 @@ QCoro::Task<> perform(PRDetailViewModel &model, Action action, ActionInput input
 
 QString doneText(Action action, const PullRequestTarget &target, const ActionInput &input)
 {
-    const QString name = target.displayName();
+    const QString name = target.key();
     switch (action) {
     case Action::Comment:
         return QStringLiteral("Commented on %1.").arg(name);

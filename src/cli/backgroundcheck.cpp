@@ -10,9 +10,10 @@ namespace kestrine::cli {
 class BackgroundCheck::PostingCenter : public FreedesktopNotificationCenter
 {
 public:
-    void post(const QString &identifier, const QString &title, const QString &body) override
+    void post(const QString &identifier, const QString &title, const QString &body,
+              const QString &pullRequestKey) override
     {
-        FreedesktopNotificationCenter::post(identifier, title, body);
+        FreedesktopNotificationCenter::post(identifier, title, body, pullRequestKey);
         m_hasPosted = true;
     }
     bool hasPosted() const { return m_hasPosted; }

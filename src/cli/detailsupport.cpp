@@ -9,21 +9,12 @@
 
 namespace kestrine::cli {
 
-QString PullRequestTarget::displayName() const
-{
-    return repo.fullName + u'#' + QString::number(number);
-}
-
 Repository repositoryArgument(const QString &text)
 {
     const QStringList parts = text.split(u'/');
     if (parts.size() != 2 || parts[0].isEmpty() || parts[1].isEmpty())
         throw UsageError(QStringLiteral("OWNER/REPO is a full name such as owner/name"));
-    Repository repo;
-    repo.owner.login = parts[0];
-    repo.name = parts[1];
-    repo.fullName = text;
-    return repo;
+    return repositoryNamed(parts[0], parts[1]);
 }
 
 qint64 idArgument(const QString &text, const QString &what)

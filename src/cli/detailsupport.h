@@ -4,6 +4,7 @@
 // the configuration check, and opening the detail model as the detail screen does.
 
 #include "arguments.h"
+#include "pullrequestreference.h"
 #include "records.h"
 
 #include <QCoroTask>
@@ -19,17 +20,8 @@ namespace kestrine::cli {
 
 class Session;
 
-/// One pull request named on the command line.
-struct PullRequestTarget
-{
-    /// Built from "owner/name" alone: the app takes the repository from its inbox row, but the
-    /// detail models use only the owner's login and the name, which is all a request path needs.
-    Repository repo;
-    qint64 number = 0;
-
-    /// "owner/name#42".
-    QString displayName() const;
-};
+/// One pull request named on the command line, by OWNER/REPO and NUMBER.
+using PullRequestTarget = PullRequestReference;
 
 /// "owner/name"; throws UsageError otherwise.
 Repository repositoryArgument(const QString &text);

@@ -67,7 +67,7 @@ QCoro::Task<int> runMerge(Arguments arguments, Session &session)
                 console::printError(model.errorMessage().value_or(QStringLiteral("Not merged.")));
                 co_return ExitCode::Failure;
             }
-            console::printLine(QStringLiteral("Merged %1.").arg(target.displayName()));
+            console::printLine(QStringLiteral("Merged %1.").arg(target.key()));
             co_return ExitCode::Success;
         });
 }

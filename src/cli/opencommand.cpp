@@ -91,7 +91,7 @@ QCoro::Task<std::optional<QString>> openInBrowser(QUrl url, QString name)
 
 QCoro::Task<int> openPage(PRDetailViewModel &model, PullRequestTarget target)
 {
-    const QString name = target.displayName();
+    const QString name = target.key();
     const std::optional<QUrl> url = model.webUrl();
     if (!url) {
         // The address came from the server: what it holds is a stranger's text, so it is not

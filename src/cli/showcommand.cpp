@@ -34,8 +34,7 @@ QString indented(const QString &text, const QString &by)
 QString header(const PRDetailViewModel &model, const PullRequestTarget &target)
 {
     const PullRequest &pr = *model.pr();
-    QStringList facts{target.displayName(),
-                      pr.merged.value_or(false) ? QStringLiteral("merged") : pr.state,
+    QStringList facts{target.key(), pr.merged.value_or(false) ? QStringLiteral("merged") : pr.state,
                       QStringLiteral("CI ") + CIStatus::name(model.ciStatus())};
     if (const QString badge = ReviewState::badgeText(model.reviewState()); !badge.isEmpty())
         facts.append(badge);

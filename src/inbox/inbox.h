@@ -8,5 +8,6 @@
 #include "inboxviewmodel.h"
 #include "notificationpass.h"
 #include "prrow.h"
+#include "pullrequestreference.h"
 #include "repositoryselection.h"
 #include "summaries.h"

@@ -25,7 +25,11 @@ struct PRRow
 
     static QString pullRequestKey(const Repository &repo, const PullRequest &pr)
     {
-        return repo.fullName + u'#' + QString::number(pr.number);
+        return pullRequestKey(repo.fullName, pr.number);
+    }
+    static QString pullRequestKey(const QString &repositoryFullName, qint64 number)
+    {
+        return repositoryFullName + u'#' + QString::number(number);
     }
 };
 

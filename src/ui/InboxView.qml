@@ -50,6 +50,41 @@ Page {
         });
     }
 
+    // The pull request `number` of `repo` on top of this screen, from outside the app (an
+    // activated notification, `kestrine --open`), so that back returns here. It need not be a row
+    // of the list: the detail screen loads it by owner, name and number, and says "Couldn't load
+    // PR" with the server's reason when that fails. Whatever stood over the inbox makes way, except
+    // that pull request's own screen, which is kept with what the user had open on it.
+    function openPullRequest(repo, number) {
+        // Nothing to load it from; the inbox says so.
+        if (!SettingsStore.isConfigured)
+            return;
+        // They would stay over the screen pushed under them.
+        settingsSheet.close();
+        errorAlert.close();
+        const stack = root.StackView.view;
+        const above = stack.depth > 1 ? stack.get(1) : null;
+        const sameScreen = above && above.objectName === "prDetailView" && above.repo
+                           && above.repo.full_name === repo.full_name
+                           && Number(above.prNumber) === Number(number);
+        if (sameScreen) {
+            // Back to it from a diff or a log reloads it, as always; on top, it reloads here.
+            if (stack.currentItem === above)
+                above.vm.refresh();
+            else
+                stack.pop(above);
+            return;
+        }
+        const properties = {
+            "repo": repo,
+            "prNumber": number
+        };
+        if (above)
+            stack.replace(above, detailScreen, properties);
+        else
+            stack.push(detailScreen, properties);
+    }
+
     StackView.onActivated: appear()
 
     background: Rectangle {

@@ -40,10 +40,18 @@ ApplicationWindow {
             navigation.pop();
     }
 
+    // One pull request's detail screen on top of the inbox, as an activated notification or
+    // `kestrine --open` asks for it.
+    function openPullRequest(repo, number) {
+        inbox.openPullRequest(repo, number);
+    }
+
     StackView {
         id: navigation
         objectName: "navigation"
         anchors.fill: parent
-        initialItem: InboxView {}
+        initialItem: InboxView {
+            id: inbox
+        }
     }
 }

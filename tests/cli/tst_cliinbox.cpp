@@ -362,6 +362,30 @@ private slots:
         QCOMPARE(notifications.received.size(), 2);
     }
 
+    void checkNotificationsNameTheAppsDesktopEntry()
+    {
+        NotificationServer notifications;
+        QVERIFY(notifications.start());
+        login(SeededGitea::annToken);
+        setting(QStringLiteral("notificationsEnabled"), QStringLiteral("true"));
+        setting(QStringLiteral("monitoredRepos"), QStringLiteral("cy/infra"));
+
+        const CliResult result = cli->run({QStringLiteral("check")});
+
+        QCOMPARE(result.exitCode, 0);
+        QCOMPARE(result.outText(), QStringLiteral("1\n"));
+        QTRY_COMPARE(notifications.received.size(), 1);
+        const NotificationServer::Received &shown = notifications.received.first();
+        // So the desktop shows Kestrine's name and icon, and knows whose notification it is.
+        QCOMPARE(shown.hints.value(QStringLiteral("desktop-entry")),
+                 QVariant(QStringLiteral("com.norrum.kestrine")));
+        QCOMPARE(shown.appName, QStringLiteral("Kestrine"));
+        QCOMPARE(shown.appIcon, QStringLiteral("com.norrum.kestrine"));
+        // The run has ended by the time the user sees it, so no action is offered that nobody
+        // would answer; a desktop opens such a notification by starting the app from its entry.
+        QCOMPARE(shown.actions, QStringList());
+    }
+
     void inboxWaitsForTheBackgroundCheckItStarts()
     {
         NotificationServer notifications;

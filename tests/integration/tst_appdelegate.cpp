@@ -41,7 +41,7 @@ public:
         co_return Authorization::Authorized;
     }
     QCoro::Task<bool> requestAuthorization() override { co_return true; }
-    void post(const QString &, const QString &title, const QString &) override
+    void post(const QString &, const QString &title, const QString &, const QString &) override
     {
         posted.append(title);
     }

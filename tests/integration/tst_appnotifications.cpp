@@ -1,7 +1,8 @@
 // The app's notifications, with its window on the offscreen platform, the fake Gitea server and a
 // notification server of the test's own on a private session bus: a pass run while the window is
 // active is carried out and remembered as always, but nothing of it is shown; once the window is
-// behind, notifications show again.
+// behind, notifications show again. Activating one brings the window to the front on its pull
+// request, on top of the inbox.
 
 #include "app.h"
 #include "fakegiteaserver.h"
@@ -9,6 +10,7 @@
 #include "notificationpass.h"
 #include "notificationserver.h"
 #include "notificationstate.h"
+#include "onerepository.h"
 #include "outcome.h"
 #include "settingsstore.h"
 
@@ -22,24 +24,14 @@
 #include <optional>
 
 using namespace kestrine;
+using kestrine::testing::namedChild;
 using kestrine::testing::NotificationServer;
+using kestrine::testing::openPull;
 using kestrine::testing::runToEnd;
+using kestrine::testing::saveAppSettings;
+using kestrine::testing::serveOneRepository;
 
 namespace {
-
-QJsonObject pull(qint64 number, const QString &title)
-{
-    return {{QStringLiteral("id"), 100 + number},
-            {QStringLiteral("number"), number},
-            {QStringLiteral("title"), title},
-            {QStringLiteral("state"), QStringLiteral("open")}};
-}
-
-QObject *child(QObject *root, const char *name)
-{
-    const QList<QObject *> all = root->findChildren<QObject *>(QString::fromLatin1(name));
-    return all.isEmpty() ? nullptr : all.constLast();
-}
 
 /// The log lines written from `first` on, as "LEVEL message".
 QStringList logLinesFrom(const LogStore &log, qsizetype first)
@@ -73,6 +65,25 @@ private:
         QVERIFY(QTest::qWaitForWindowActive(&other));
     }
 
+    QObject *navigation() const { return namedChild(window, "navigation"); }
+    int depth() const { return navigation()->property("depth").toInt(); }
+    QObject *top() const { return navigation()->property("currentItem").value<QObject *>(); }
+
+    /// With the window behind, one pass that announces the pull requests not yet announced:
+    /// what reached the notification server.
+    QList<NotificationServer::Received> postBehind(QWindow &other, qsizetype count)
+    {
+        activate(other);
+        if (!QTest::qWaitFor([this] { return !window->isActive(); }))
+            return {};
+        if (pass() != count ||
+            !QTest::qWaitFor([&] { return notifications->received.size() == count; }))
+            return {};
+        // The server's answer with each id has come back before anyone could click.
+        QTest::qWait(100);
+        return std::exchange(notifications->received, {});
+    }
+
     /// One pass of the check the app installed, as the inbox and the background task run it.
     int pass()
     {
@@ -91,26 +102,10 @@ private slots:
     {
         server = new FakeGiteaServer(this);
         QVERIFY(server->listen());
-        server->route(
-            "GET", QStringLiteral("/api/v1/user/repos"),
-            FakeResponse::json(
-                R"([{"id":1,"name":"tool","full_name":"ann/tool","owner":{"login":"ann"}}])"));
-        openPulls = {pull(7, QStringLiteral("First"))};
-        server->route("GET", QStringLiteral("/api/v1/repos/ann/tool/pulls"),
-                      [this](const RecordedRequest &, const RouteParams &) {
-                          return FakeResponse::json(
-                              QJsonDocument(openPulls).toJson(QJsonDocument::Compact));
-                      });
-        // What the app loads as it starts.
-        SettingsStore saved;
-        SettingsStore *settings = &saved;
-        settings->setInstanceURL(server->baseUrl().toString());
-        settings->setToken(QStringLiteral("t0ken"));
-        settings->setMonitoredRepos({});
-        // Off while the app starts, so that the passes counted are the test's own.
-        settings->setNotificationsEnabled(false);
-        // In the keychain before the app reads it.
-        runToEnd(saved.settle());
+        openPulls = {openPull(7, QStringLiteral("First"))};
+        serveOneRepository(*server, openPulls);
+        // What the app loads as it starts; notifications are off until the test is ready.
+        saveAppSettings(server->baseUrl(), QStringLiteral("t0ken"));
         QFile::remove(NotificationState::defaultFilePath());
         notifications->received.clear();
 
@@ -121,7 +116,7 @@ private slots:
         window->requestActivate();
         QVERIFY(QTest::qWaitForWindowActive(window));
         // The inbox's first load is over, so that every later request and log line is a pass's.
-        QObject *inbox = child(window, "inboxView");
+        QObject *inbox = namedChild(window, "inboxView");
         QVERIFY(inbox);
         QObject *model = inbox->property("vm").value<QObject *>();
         QTRY_COMPARE(model->property("count").toInt(), 1);
@@ -159,10 +154,67 @@ private slots:
         QWindow other;
         activate(other);
         QTRY_VERIFY(!window->isActive());
-        openPulls.append(pull(8, QStringLiteral("Second")));
+        openPulls.append(openPull(8, QStringLiteral("Second")));
         QCOMPARE(pass(), 1);
         QCOMPARE(notifications->takeArrived(1),
                  QStringList{QStringLiteral("New PR|Second — ann/tool")});
+    }
+
+    void notificationsOfTheAppHaveADefaultAction()
+    {
+        QWindow other;
+        const QList<NotificationServer::Received> shown = postBehind(other, 1);
+        QCOMPARE(shown.size(), 1);
+        QCOMPARE(shown.first().actions.value(0), QStringLiteral("default"));
+        QCOMPARE(shown.first().hints.value(QStringLiteral("desktop-entry")),
+                 QVariant(QStringLiteral("com.norrum.kestrine")));
+    }
+
+    void activatingANotificationOpensItsPullRequestOnTopOfTheInbox()
+    {
+        openPulls.append(openPull(8, QStringLiteral("Second")));
+        QWindow other;
+        const QList<NotificationServer::Received> shown = postBehind(other, 2);
+        QCOMPARE(shown.size(), 2);
+        QCOMPARE(shown.at(1).body, QStringLiteral("Second — ann/tool"));
+
+        notifications->invokeAction(shown.at(1).id, QStringLiteral("default"));
+
+        // In front, on the pull request's detail screen, which loads it.
+        QTRY_VERIFY(window->isActive());
+        QTRY_COMPARE(depth(), 2);
+        QObject *detail = top();
+        QCOMPARE(detail->objectName(), QStringLiteral("prDetailView"));
+        QObject *vm = detail->property("vm").value<QObject *>();
+        QCOMPARE(vm->property("repo").toMap().value(QStringLiteral("full_name")),
+                 QVariant(QStringLiteral("ann/tool")));
+        QCOMPARE(vm->property("prNumber").toLongLong(), 8);
+        QTRY_VERIFY(vm->property("hasPr").toBool());
+        QCOMPARE(vm->property("pr").toMap().value(QStringLiteral("title")),
+                 QVariant(QStringLiteral("Second")));
+
+        // Back returns to the inbox.
+        QMetaObject::invokeMethod(window, "back");
+        QTRY_COMPARE(depth(), 1);
+        QCOMPARE(top()->objectName(), QStringLiteral("inboxView"));
+    }
+
+    void activatingAnotherAppsNotificationChangesNothing()
+    {
+        QWindow other;
+        const QList<NotificationServer::Received> shown = postBehind(other, 1);
+        QCOMPARE(shown.size(), 1);
+
+        // Every client of the notification server hears its signals.
+        notifications->invokeAction(shown.first().id + 1000, QStringLiteral("default"));
+        QTest::qWait(300);
+        QCOMPARE(depth(), 1);
+        QVERIFY(!window->isActive());
+
+        // The app's own still works.
+        notifications->invokeAction(shown.first().id, QStringLiteral("default"));
+        QTRY_COMPARE(depth(), 2);
+        QTRY_VERIFY(window->isActive());
     }
 
     void aPassWhileTheWindowIsBehindShowsItsNotifications_data()

@@ -5,6 +5,7 @@
 #include "defaultsstore.h"
 #include "fakegiteaserver.h"
 #include "notificationserver.h"
+#include "onerepository.h"
 #include "outcome.h"
 #include "teststores.h"
 
@@ -17,6 +18,7 @@
 
 using namespace kestrine;
 using kestrine::testing::NotificationServer;
+using kestrine::testing::openPull;
 using kestrine::testing::runToEnd;
 
 namespace {
@@ -70,19 +72,6 @@ struct World
     }
 };
 
-QJsonObject pull(qint64 number, const QString &title, const QString &sha)
-{
-    QJsonObject object{{QStringLiteral("id"), 100 + number},
-                       {QStringLiteral("number"), number},
-                       {QStringLiteral("title"), title},
-                       {QStringLiteral("state"), QStringLiteral("open")}};
-    if (!sha.isNull())
-        object.insert(QStringLiteral("head"),
-                      QJsonObject{{QStringLiteral("ref"), QStringLiteral("topic")},
-                                  {QStringLiteral("sha"), sha}});
-    return object;
-}
-
 QByteArray runs(const char *status, const char *conclusion)
 {
     QJsonObject run{{QStringLiteral("id"), 1},
@@ -120,6 +109,18 @@ private:
     QStringList arrived(qsizetype count) { return notifications->takeArrived(count); }
 
     NotificationState storedState() const { return NotificationState::load(statePath); }
+
+    /// ann/tool with one open pull request, announced by a pass: what the server received.
+    NotificationServer::Received announceOne()
+    {
+        world.repositories = {QStringLiteral("ann/tool")};
+        world.pulls[QStringLiteral("ann/tool")] = {
+            openPull(7, QStringLiteral("T"), QStringLiteral("s7"))};
+        pass();
+        if (!QTest::qWaitFor([this] { return notifications->received.size() == 1; }))
+            return {};
+        return notifications->received.first();
+    }
 
     int runsRequests() const
     {
@@ -173,10 +174,10 @@ private slots:
     {
         world.repositories = {QStringLiteral("ann/tool"), QStringLiteral("bo/site")};
         world.pulls[QStringLiteral("ann/tool")] = {
-            pull(7, QStringLiteral("Add retry"), QStringLiteral("s7")),
-            pull(8, QStringLiteral("Fix typo"), QStringLiteral("s8"))};
+            openPull(7, QStringLiteral("Add retry"), QStringLiteral("s7")),
+            openPull(8, QStringLiteral("Fix typo"), QStringLiteral("s8"))};
         world.pulls[QStringLiteral("bo/site")] = {
-            pull(1, QStringLiteral("New page"), QStringLiteral("s1"))};
+            openPull(1, QStringLiteral("New page"), QStringLiteral("s1"))};
         QCOMPARE(pass(), 3);
         QCOMPARE(arrived(3), (QStringList{QStringLiteral("New PR|Add retry \u2014 ann/tool"),
                                           QStringLiteral("New PR|Fix typo \u2014 ann/tool"),
@@ -192,7 +193,7 @@ private slots:
     {
         world.repositories = {QStringLiteral("ann/tool")};
         world.pulls[QStringLiteral("ann/tool")] = {
-            pull(7, QStringLiteral("Add retry"), QStringLiteral("s7"))};
+            openPull(7, QStringLiteral("Add retry"), QStringLiteral("s7"))};
         world.runsBySha[QStringLiteral("s7")] = runs("completed", "failure");
         QCOMPARE(pass(), 1);
         QCOMPARE(arrived(1), QStringList{QStringLiteral("New PR|Add retry \u2014 ann/tool")});
@@ -208,7 +209,7 @@ private slots:
     {
         world.repositories = {QStringLiteral("ann/tool")};
         world.pulls[QStringLiteral("ann/tool")] = {
-            pull(7, QStringLiteral("Add retry"), QStringLiteral("s7"))};
+            openPull(7, QStringLiteral("Add retry"), QStringLiteral("s7"))};
         world.runsBySha[QStringLiteral("s7")] = runs("completed", "failure");
         NotificationState known;
         known.announcedNewPRs = {QStringLiteral("ann/tool#7")};
@@ -226,7 +227,7 @@ private slots:
         // Gitea's word for an executing run is "in_progress".
         world.repositories = {QStringLiteral("ann/tool")};
         world.pulls[QStringLiteral("ann/tool")] = {
-            pull(7, QStringLiteral("Add retry"), QStringLiteral("s7"))};
+            openPull(7, QStringLiteral("Add retry"), QStringLiteral("s7"))};
         world.runsBySha[QStringLiteral("s7")] = runs("in_progress", nullptr);
         NotificationState known;
         known.announcedNewPRs = {QStringLiteral("ann/tool#7")};
@@ -270,7 +271,7 @@ private slots:
         QFETCH(QString, stored);
         world.repositories = {QStringLiteral("ann/tool")};
         world.pulls[QStringLiteral("ann/tool")] = {
-            pull(7, QStringLiteral("T"), QStringLiteral("s7"))};
+            openPull(7, QStringLiteral("T"), QStringLiteral("s7"))};
         world.runsBySha[QStringLiteral("s7")] = runsBody;
         NotificationState known;
         known.announcedNewPRs = {QStringLiteral("ann/tool#7")};
@@ -287,7 +288,7 @@ private slots:
     {
         world.repositories = {QStringLiteral("ann/tool")};
         world.pulls[QStringLiteral("ann/tool")] = {
-            pull(7, QStringLiteral("T"), QStringLiteral("gone"))};
+            openPull(7, QStringLiteral("T"), QStringLiteral("gone"))};
         NotificationState known;
         known.announcedNewPRs = {QStringLiteral("ann/tool#7")};
         known.ciStatusByPR = {{QStringLiteral("ann/tool#7"), QStringLiteral("running")}};
@@ -302,8 +303,8 @@ private slots:
     {
         world.repositories = {QStringLiteral("ann/tool")};
         world.pulls[QStringLiteral("ann/tool")] = {
-            pull(7, QStringLiteral("No head"), QString()),
-            pull(8, QStringLiteral("Empty sha"), QStringLiteral(""))};
+            openPull(7, QStringLiteral("No head"), QString()),
+            openPull(8, QStringLiteral("Empty sha"), QStringLiteral(""))};
         QCOMPARE(pass(), 2);
         arrived(2);
         QCOMPARE(pass(), 0);
@@ -320,7 +321,7 @@ private slots:
     {
         world.repositories = {QStringLiteral("ann/tool")};
         world.pulls[QStringLiteral("ann/tool")] = {
-            pull(7, QStringLiteral("T"), QStringLiteral("s7"))};
+            openPull(7, QStringLiteral("T"), QStringLiteral("s7"))};
         world.runsBySha[QStringLiteral("s7")] = runs("completed", "success");
         QCOMPARE(pass(), 1);
         QCOMPARE(pass(), 0);
@@ -330,7 +331,7 @@ private slots:
         QVERIFY(storedState().announcedNewPRs.isEmpty());
         QVERIFY(storedState().ciStatusByPR.isEmpty());
         world.pulls[QStringLiteral("ann/tool")] = {
-            pull(7, QStringLiteral("T"), QStringLiteral("s7"))};
+            openPull(7, QStringLiteral("T"), QStringLiteral("s7"))};
         QCOMPARE(pass(), 1);
         QCOMPARE(arrived(1), QStringList{QStringLiteral("New PR|T \u2014 ann/tool")});
     }
@@ -339,9 +340,9 @@ private slots:
     {
         world.repositories = {QStringLiteral("ann/tool"), QStringLiteral("bo/site")};
         world.pulls[QStringLiteral("ann/tool")] = {
-            pull(7, QStringLiteral("T"), QStringLiteral("s7"))};
+            openPull(7, QStringLiteral("T"), QStringLiteral("s7"))};
         world.pulls[QStringLiteral("bo/site")] = {
-            pull(1, QStringLiteral("P"), QStringLiteral("s1"))};
+            openPull(1, QStringLiteral("P"), QStringLiteral("s1"))};
         QCOMPARE(pass(), 2);
         arrived(2);
         world.failingPulls[QStringLiteral("ann/tool")] = {};
@@ -357,7 +358,7 @@ private slots:
     {
         world.repositories = {QStringLiteral("team/app")};
         world.pulls[QStringLiteral("team/app")] = {
-            pull(7, QStringLiteral("T"), QStringLiteral("s7"))};
+            openPull(7, QStringLiteral("T"), QStringLiteral("s7"))};
         NotificationState known;
         known.announcedNewPRs = {QStringLiteral("Team/app#7")};
         known.save(statePath);
@@ -371,7 +372,7 @@ private slots:
     {
         world.repositories = {QStringLiteral("ann/tool")};
         world.pulls[QStringLiteral("ann/tool")] = {
-            pull(7, QStringLiteral("T"), QStringLiteral("s7"))};
+            openPull(7, QStringLiteral("T"), QStringLiteral("s7"))};
         QCOMPARE(pass(), 1);
         arrived(1);
         QVERIFY(QFile::remove(statePath));
@@ -437,7 +438,7 @@ private slots:
         defaultsStore().setValue(FreedesktopNotificationCenter::authorizationKey, false);
         world.repositories = {QStringLiteral("ann/tool")};
         world.pulls[QStringLiteral("ann/tool")] = {
-            pull(7, QStringLiteral("T"), QStringLiteral("s7"))};
+            openPull(7, QStringLiteral("T"), QStringLiteral("s7"))};
         QCOMPARE(pass(), 1);
         QTest::qWait(300);
         QCOMPARE(notifications->received.size(), 0);
@@ -447,13 +448,102 @@ private slots:
 
     void notificationsCarryTheAppsNameAndASound()
     {
+        const NotificationServer::Received shown = announceOne();
+        QCOMPARE(shown.appName, QStringLiteral("Kestrine"));
+        QVERIFY(shown.hints.contains(QStringLiteral("sound-name")));
+    }
+
+    void notificationsNameTheAppsDesktopEntry()
+    {
+        const NotificationServer::Received shown = announceOne();
+        QCOMPARE(shown.hints.value(QStringLiteral("desktop-entry")),
+                 QVariant(QStringLiteral("com.norrum.kestrine")));
+        QCOMPARE(shown.appIcon, QStringLiteral("com.norrum.kestrine"));
+    }
+
+    void notificationsNobodyListensForOfferNoAction()
+    {
+        const NotificationServer::Received shown = announceOne();
+        QCOMPARE(shown.summary, QStringLiteral("New PR"));
+        QCOMPARE(shown.actions, QStringList());
+    }
+
+    void notificationsOfACentreThatOpensPullRequestsHaveADefaultAction()
+    {
+        QVERIFY(center->openPullRequests());
         world.repositories = {QStringLiteral("ann/tool")};
         world.pulls[QStringLiteral("ann/tool")] = {
-            pull(7, QStringLiteral("T"), QStringLiteral("s7"))};
-        pass();
-        QTRY_COMPARE(notifications->received.size(), 1);
-        QCOMPARE(notifications->received.first().appName, QStringLiteral("Kestrine"));
-        QVERIFY(notifications->received.first().hints.contains(QStringLiteral("sound-name")));
+            openPull(7, QStringLiteral("T"), QStringLiteral("s7"))};
+        world.runsBySha[QStringLiteral("s7")] = runs("completed", "success");
+        QCOMPARE(pass(), 1);
+        QCOMPARE(pass(), 0);
+        world.runsBySha[QStringLiteral("s7")] = runs("completed", "failure");
+        QCOMPARE(pass(), 1);
+
+        // Both kinds, "New PR" and the CI news.
+        QTRY_COMPARE(notifications->received.size(), 2);
+        for (const NotificationServer::Received &shown : std::as_const(notifications->received)) {
+            QCOMPARE(shown.actions.size(), 2); // key and label
+            QCOMPARE(shown.actions.first(), QStringLiteral("default"));
+        }
+        QCOMPARE(notifications->received.last().summary, QStringLiteral("CI failed"));
+    }
+
+    void activatingANotificationReportsItsPullRequest()
+    {
+        QVERIFY(center->openPullRequests());
+        QSignalSpy activated(center, &FreedesktopNotificationCenter::pullRequestActivated);
+        world.repositories = {QStringLiteral("ann/tool"), QStringLiteral("bo/site")};
+        world.pulls[QStringLiteral("ann/tool")] = {
+            openPull(7, QStringLiteral("T"), QStringLiteral("s7"))};
+        world.pulls[QStringLiteral("bo/site")] = {
+            openPull(12, QStringLiteral("U"), QStringLiteral("s12"))};
+        QCOMPARE(pass(), 2);
+        QTRY_COMPARE(notifications->received.size(), 2);
+        // The server's answer with its id is in before the user can click.
+        QTest::qWait(100);
+
+        notifications->invokeAction(notifications->received.at(1).id, QStringLiteral("default"),
+                                    QStringLiteral("token-1"));
+        QTRY_COMPARE(activated.size(), 1);
+        QCOMPARE(activated.first(),
+                 (QVariantList{QStringLiteral("bo/site#12"), QStringLiteral("token-1")}));
+
+        notifications->invokeAction(notifications->received.at(0).id, QStringLiteral("default"));
+        QTRY_COMPARE(activated.size(), 2);
+        QCOMPARE(activated.last(), (QVariantList{QStringLiteral("ann/tool#7"), QString()}));
+    }
+
+    void activationsOfOtherNotificationsAreIgnored()
+    {
+        QVERIFY(center->openPullRequests());
+        QSignalSpy activated(center, &FreedesktopNotificationCenter::pullRequestActivated);
+        world.repositories = {QStringLiteral("ann/tool")};
+        world.pulls[QStringLiteral("ann/tool")] = {
+            openPull(7, QStringLiteral("T"), QStringLiteral("s7")),
+            openPull(8, QStringLiteral("U"), QStringLiteral("s8"))};
+        QCOMPARE(pass(), 2);
+        QTRY_COMPARE(notifications->received.size(), 2);
+        QTest::qWait(100);
+        const uint first = notifications->received.at(0).id;
+        const uint second = notifications->received.at(1).id;
+
+        // Another app's notification: the server's signals reach every client.
+        notifications->invokeAction(second + 100, QStringLiteral("default"));
+        // An action other than the default one, which these notifications do not have.
+        notifications->invokeAction(first, QStringLiteral("reply"));
+        // A notification the user dismissed is gone; a late activation of it does nothing.
+        notifications->closeNotification(second);
+        notifications->invokeAction(second, QStringLiteral("default"));
+        QTest::qWait(300);
+        QCOMPARE(activated.size(), 0);
+
+        // Once activated, a notification is gone as well.
+        notifications->invokeAction(first, QStringLiteral("default"));
+        QTRY_COMPARE(activated.size(), 1);
+        notifications->invokeAction(first, QStringLiteral("default"));
+        QTest::qWait(300);
+        QCOMPARE(activated.size(), 1);
     }
 
     void aTitleWithMarkupReachesTheServerAsText_data()
@@ -477,9 +567,9 @@ private slots:
         if (readsMarkup)
             notifications->capabilities.append(QStringLiteral("body-markup"));
         world.repositories = {QStringLiteral("ann/tool")};
-        world.pulls[QStringLiteral("ann/tool")] = {
-            pull(7, QStringLiteral("<b>Tidy</b> & <img src=\"http://127.0.0.1:9/x.png\"> &amp;"),
-                 QStringLiteral("s7"))};
+        world.pulls[QStringLiteral("ann/tool")] = {openPull(
+            7, QStringLiteral("<b>Tidy</b> & <img src=\"http://127.0.0.1:9/x.png\"> &amp;"),
+            QStringLiteral("s7"))};
 
         QCOMPARE(pass(), 1);
         QCOMPARE(arrived(1), QStringList{QStringLiteral("New PR|") + body});
@@ -491,7 +581,7 @@ private slots:
         center->setForegroundTest([&inFront] { return inFront; });
         world.repositories = {QStringLiteral("ann/tool")};
         world.pulls[QStringLiteral("ann/tool")] = {
-            pull(7, QStringLiteral("T"), QStringLiteral("s7"))};
+            openPull(7, QStringLiteral("T"), QStringLiteral("s7"))};
 
         // As far as the pass can tell the notification went out, and it is remembered.
         QCOMPARE(pass(), 1);
@@ -501,7 +591,7 @@ private slots:
         // so had the first notification been sent, it would arrive before this one.
         inFront = false;
         world.pulls[QStringLiteral("ann/tool")].append(
-            pull(8, QStringLiteral("U"), QStringLiteral("s8")));
+            openPull(8, QStringLiteral("U"), QStringLiteral("s8")));
         QCOMPARE(pass(), 1);
         QCOMPARE(arrived(1), QStringList{QStringLiteral("New PR|U — ann/tool")});
     }

@@ -40,7 +40,10 @@ public:
         co_return Authorization::Authorized;
     }
     QCoro::Task<bool> requestAuthorization() override { co_return true; }
-    void post(const QString &, const QString &, const QString &) override { ++posted; }
+    void post(const QString &, const QString &, const QString &, const QString &) override
+    {
+        ++posted;
+    }
     int posted = 0;
 };
 

@@ -57,7 +57,7 @@ public:
         co_return Authorization::Authorized;
     }
     QCoro::Task<bool> requestAuthorization() override { co_return true; }
-    void post(const QString &, const QString &title, const QString &body) override
+    void post(const QString &, const QString &title, const QString &body, const QString &) override
     {
         posts.append(title + u'\n' + body);
     }

@@ -10,6 +10,7 @@
 #include "keychainsteps.h"
 #include "logstore.h"
 #include "notificationpass.h"
+#include "onerepository.h"
 #include "outcome.h"
 #include "secretserviceprobe.h"
 #include "settingsstore.h"
@@ -27,6 +28,7 @@
 using namespace kestrine;
 using kestrine::testing::appSecret;
 using kestrine::testing::keychainSet;
+using kestrine::testing::namedChild;
 using kestrine::testing::readFile;
 using kestrine::testing::runToEnd;
 using kestrine::testing::userDefaultsPath;
@@ -45,12 +47,6 @@ QString userCacheFolder()
 {
     return QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation) +
            QStringLiteral("/norrum/kestrine");
-}
-
-QObject *child(QObject *root, const char *name)
-{
-    const QList<QObject *> all = root->findChildren<QObject *>(QString::fromLatin1(name));
-    return all.isEmpty() ? nullptr : all.constLast();
 }
 
 } // namespace
@@ -83,7 +79,7 @@ private slots:
         QCOMPARE(app.engine().rootObjects().size(), 1);
         QCOMPARE(app.settings()->instanceURL(), app.demo()->url().toString());
         QVERIFY(NotificationPass::installed());
-        QObject *inbox = child(window, "inboxView");
+        QObject *inbox = namedChild(window, "inboxView");
         QVERIFY(inbox);
         QObject *model = inbox->property("vm").value<QObject *>();
         QTRY_VERIFY_WITH_TIMEOUT(model->property("count").toInt() >= 5, 5000);
@@ -92,7 +88,7 @@ private slots:
         // Use it: change and save settings through the settings screen, open a pull request.
         QMetaObject::invokeMethod(inbox, "openSettings");
         QObject *settings = nullptr;
-        QTRY_VERIFY((settings = child(window, "settingsView")));
+        QTRY_VERIFY((settings = namedChild(window, "settingsView")));
         settings->setProperty("mergeGateMode", int(MergeGateMode::Block));
         settings->setProperty("notificationsEnabled", true);
         settings->setProperty("monitoredRepos", QStringList{QStringLiteral("norrum/harbor")});
@@ -105,7 +101,7 @@ private slots:
         const QVariant row = model->property("displayedRows").toList().value(0);
         QMetaObject::invokeMethod(inbox, "openRow", Q_ARG(QVariant, row));
         QObject *detail = nullptr;
-        QTRY_VERIFY((detail = child(window, "prDetailView")));
+        QTRY_VERIFY((detail = namedChild(window, "prDetailView")));
         QObject *detailModel = detail->property("vm").value<QObject *>();
         QTRY_VERIFY_WITH_TIMEOUT(detailModel->property("hasPr").toBool(), 5000);
         QVERIFY(app.log()->count() > 5);

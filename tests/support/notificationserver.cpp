@@ -1,6 +1,7 @@
 #include "notificationserver.h"
 
 #include <QDBusConnectionInterface>
+#include <QDBusMessage>
 #include <QElapsedTimer>
 #include <QTest>
 
@@ -38,12 +39,37 @@ bool NotificationServer::start()
     return true;
 }
 
-uint NotificationServer::Notify(const QString &appName, uint, const QString &,
-                                const QString &summary, const QString &body, const QStringList &,
-                                const QVariantMap &hints, int)
+uint NotificationServer::Notify(const QString &appName, uint, const QString &appIcon,
+                                const QString &summary, const QString &body,
+                                const QStringList &actions, const QVariantMap &hints, int)
 {
-    received.append({appName, summary, body, hints});
-    return m_nextId++;
+    const uint id = m_nextId++;
+    received.append({id, appName, appIcon, summary, body, actions, hints});
+    return id;
+}
+
+void NotificationServer::invokeAction(uint id, const QString &actionKey,
+                                      const QString &activationToken)
+{
+    QDBusConnection bus = QDBusConnection::sessionBus();
+    if (!activationToken.isEmpty()) {
+        QDBusMessage token =
+            QDBusMessage::createSignal(objectPath, serviceName, QStringLiteral("ActivationToken"));
+        token << id << activationToken;
+        bus.send(token);
+    }
+    QDBusMessage invoked =
+        QDBusMessage::createSignal(objectPath, serviceName, QStringLiteral("ActionInvoked"));
+    invoked << id << actionKey;
+    bus.send(invoked);
+}
+
+void NotificationServer::closeNotification(uint id)
+{
+    QDBusMessage closed =
+        QDBusMessage::createSignal(objectPath, serviceName, QStringLiteral("NotificationClosed"));
+    closed << id << uint(2);
+    QDBusConnection::sessionBus().send(closed);
 }
 
 QStringList NotificationServer::takeArrived(qsizetype count)

@@ -17,9 +17,14 @@ class NotificationServer : public QObject
 public:
     struct Received
     {
+        /// The id the server gave it, which its signals name.
+        uint id = 0;
         QString appName;
+        QString appIcon;
         QString summary;
         QString body;
+        /// Action keys and labels, one after the other.
+        QStringList actions;
         QVariantMap hints;
     };
 
@@ -37,6 +42,13 @@ public:
     /// so that any that follow are caught too; answers each as "summary|body", in order of
     /// arrival, and forgets them.
     QStringList takeArrived(qsizetype count);
+
+    /// What a server sends when the user activates notification `id` by its action `actionKey`:
+    /// an ActivationToken first when `activationToken` is given, then ActionInvoked. As signals,
+    /// they reach every client on the bus.
+    void invokeAction(uint id, const QString &actionKey, const QString &activationToken = {});
+    /// NotificationClosed, as when the user dismissed notification `id` (reason 2).
+    void closeNotification(uint id);
 
 public slots:
     uint Notify(const QString &appName, uint replacesId, const QString &appIcon,

@@ -78,6 +78,12 @@ struct TourSteps
     {
         QMetaObject::invokeMethod(t.find(QStringLiteral("inboxView")), "openRow",
                                   Q_ARG(QVariant, row));
+        return loadedDetail(t);
+    }
+
+    /// The detail screen just opened, once its pull request has loaded or failed.
+    static QObject *loadedDetail(Tour &t)
+    {
         Tour::settle(100);
         QObject *detail = t.find(QStringLiteral("prDetailView"));
         QObject *vm = objectProperty(detail, "vm");
@@ -637,6 +643,15 @@ void TourSteps::demoScenes(Tour &t)
     Tour::waitFor([&] { return !inboxVm->property("isLoading").toBool(); });
     Tour::settle(600);
     t.shoot(QStringLiteral("inbox-after-merge"));
+
+    // A notification activated while the settings sheet was open: its pull request on top of the
+    // inbox, the sheet put away.
+    QMetaObject::invokeMethod(inbox, "openSettings");
+    Tour::settle(500);
+    t.m_app.openPullRequest(*PullRequestReference::parse(QStringLiteral("norrum/harbor#142")));
+    loadedDetail(t);
+    t.shoot(QStringLiteral("detail-from-notification"));
+    back(t);
 
     // A desktop-sized window.
     window->resize(1280, 800);
