@@ -10,6 +10,8 @@ GiteaClient::GiteaClient(QUrl instanceURL, QString token, HttpSession *session, 
     , m_token(std::move(token))
     , m_session(session)
     , m_log(log)
+    , m_logObject(dynamic_cast<QObject *>(log))
+    , m_logIsObject(!m_logObject.isNull())
     , m_timeout(timeout)
 {}
 

@@ -46,7 +46,9 @@ public:
     /// How long a transfer may stall before it fails.
     static constexpr std::chrono::milliseconds defaultTimeout{30000};
 
-    /// `instanceURL` has no trailing "/". `log` may be null (then nothing is logged).
+    /// `instanceURL` has no trailing "/". `log` may be null (then nothing is logged). A `log`
+    /// that is also a QObject (the app's log store) may go away before a request it was given to
+    /// ends: from then on nothing is written to it.
     /// `timeout` is there for tests that must not wait half a minute for a silent server.
     GiteaClient(QUrl instanceURL, QString token, HttpSession *session, LogSink *log,
                 std::chrono::milliseconds timeout = defaultTimeout);
@@ -54,7 +56,8 @@ public:
     const QUrl &instanceURL() const { return m_instanceURL; }
     const QString &token() const { return m_token; }
     HttpSession *session() const { return m_session; }
-    LogSink *log() const { return m_log; }
+    /// Null when none was given, or once a log that is a QObject is gone.
+    LogSink *log() const { return m_logObject.isNull() && m_logIsObject ? nullptr : m_log; }
     std::chrono::milliseconds timeout() const { return m_timeout; }
 
     // The Gitea endpoints the app uses. Each fails with APIError or TransportError as the request
@@ -120,6 +123,10 @@ private:
     QString m_token;
     QPointer<HttpSession> m_session;
     LogSink *m_log;
+    // The log as a QObject, when it is one: a request still answered after the screens and the
+    // stores went away (the shared session outlives them) finds it gone.
+    QPointer<QObject> m_logObject;
+    bool m_logIsObject = false;
     std::chrono::milliseconds m_timeout;
     QPointer<QObject> m_cancellationScope;
     bool m_hasCancellationScope = false;

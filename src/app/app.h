@@ -107,6 +107,9 @@ private:
     bool startDemo();
     void registerBackgroundTask();
 
+    // After the drain: an answer it delivers may still leave its line, which the log then
+    // writes as it goes.
+    std::unique_ptr<LogStore> m_log;
     AbortedRequestsDrain m_drain;
     AppOptions m_options;
     QString m_error;
@@ -114,8 +117,7 @@ private:
     /// Asked for before the window was up.
     std::optional<PullRequestReference> m_pendingOpen;
     std::unique_ptr<DemoInstance> m_demo;
-    // Before everything that works with them.
-    std::unique_ptr<LogStore> m_log;
+    // Before everything that works with it.
     std::unique_ptr<SettingsStore> m_settings;
     std::unique_ptr<FreedesktopNotificationCenter> m_notificationCenter;
     std::unique_ptr<NotificationService> m_notificationService;

@@ -320,6 +320,38 @@ private slots:
         QVERIFY(log.lines.isEmpty());
     }
 
+    void aLogThatWentAwayBeforeTheAnswerIsNotWrittenTo()
+    {
+        // The app's log store is a QObject; the shared session, and the answers still on their
+        // way, outlive it when the app shuts down.
+        class ObjectLog : public QObject, public LogSink
+        {
+        public:
+            explicit ObjectLog(QStringList *written)
+                : m_written(written)
+            {}
+            void log(LogLevel, const QString &message) override { m_written->append(message); }
+
+        private:
+            QStringList *m_written;
+        };
+        FakeResponse slow = FakeResponse::json("{}");
+        slow.delay = std::chrono::milliseconds(300);
+        server->route("GET", QStringLiteral("/api/v1/user"), slow);
+        QStringList written;
+        auto *gone = new ObjectLog(&written);
+        const GiteaClient withGoneLog(server->baseUrl(), QStringLiteral("s3cret"),
+                                      GiteaClient::sharedSession(), gone);
+        QCOMPARE(withGoneLog.log(), gone);
+        QTimer::singleShot(100, gone, &QObject::deleteLater);
+
+        const auto outcome = runToEnd(http::request(withGoneLog, QStringLiteral("user"), "GET"));
+
+        QVERIFY(!outcome.error);
+        QCOMPARE(withGoneLog.log(), nullptr);
+        QVERIFY2(written.isEmpty(), qPrintable(written.join(u'\n')));
+    }
+
     void answerWithoutHttpStatusIsInvalidResponse()
     {
         // A file URL answers without any HTTP status: the one non-HTTP answer the client can meet.
