@@ -12,7 +12,7 @@ CMAKE_FLAGS += -DCMAKE_CXX_COMPILER_LAUNCHER=ccache
 endif
 
 .PHONY: all deps configure build test test-asan run install screenshots bench format clean \
-        check-packages
+        check-packages translations
 
 all: build
 
@@ -92,6 +92,12 @@ screenshots: configure
 		echo "screenshots: $$(wc -l <$$dir.scenes) scenes in $$dir:"; \
 		tr '\n' ' ' <$$dir.scenes | fold -s -w 98 | sed 's/^/  /'; echo; \
 	done
+
+# Refreshes the catalogues of i18n/ from the sources with lupdate: a new text comes in unfinished,
+# a vanished one goes. Translate what is unfinished (Qt Linguist, or any text editor) and commit
+# the .ts files; the build compiles them into the programs.
+translations: configure
+	@cmake --build $(BUILD_DIR) --target update_translations
 
 # The app, kestrine-cli, the desktop entry, the AppStream metadata, the icon and the systemd user
 # units of the background check. The units name kestrine-cli by its path under PREFIX.

@@ -10,6 +10,7 @@
 #include "qmlservices.h"
 #include "settingsstore.h"
 #include "storagemode.h"
+#include "translations.h"
 
 #include <QCoreApplication>
 #include <QPointer>
@@ -35,7 +36,11 @@ void prepareApplication()
 
 KestrineApp::KestrineApp(AppOptions options)
     : m_options(options)
-{}
+{
+    // The screens speak the user's language; main() has done this already when it read the
+    // command line, the test harnesses and the screenshot tool have not.
+    i18n::installTranslations();
+}
 
 KestrineApp::AbortedRequestsDrain::~AbortedRequestsDrain()
 {

@@ -1,6 +1,7 @@
 #include "app.h"
 #include "settingsstore.h"
 #include "terminationsignal.h"
+#include "translations.h"
 
 #include <QCommandLineParser>
 #include <QGuiApplication>
@@ -32,6 +33,7 @@ int main(int argc, char *argv[])
 {
     kestrine::prepareApplication();
     QGuiApplication application(argc, argv);
+    kestrine::i18n::installTranslations();
 
     QCommandLineParser parser;
     parser.setApplicationDescription(
