@@ -88,7 +88,7 @@ QCoro::Task<bool> KestrineApp::start()
     m_engine.load(mainQml);
     QQuickWindow *const shown = window();
     if (!shown) {
-        m_error = QStringLiteral("The window could not be created.");
+        m_error = QCoreApplication::translate("KestrineApp", "The window could not be created.");
         co_return false;
     }
     // The app is in front while its window is on screen and active; a phone would not show the
@@ -110,7 +110,8 @@ QQuickWindow *KestrineApp::window() const
 bool KestrineApp::startDemo()
 {
     if (!Storage::useEphemeral()) {
-        m_error = QStringLiteral("The demo needs private storage, and none could be set up.");
+        m_error = QCoreApplication::translate(
+            "DemoInstance", "The demo needs private storage, and none could be set up.");
         return false;
     }
     m_demo =

@@ -36,14 +36,15 @@ int main(int argc, char *argv[])
     kestrine::i18n::installTranslations();
 
     QCommandLineParser parser;
-    parser.setApplicationDescription(
-        QStringLiteral("Review and merge the pull requests of a Gitea instance."));
+    parser.setApplicationDescription(QCoreApplication::translate(
+        "KestrineApp", "Review and merge the pull requests of a Gitea instance."));
     parser.addHelpOption();
     parser.addVersionOption();
     const QCommandLineOption demo(
         QStringLiteral("demo"),
-        QStringLiteral("Run against the built-in demo instance, without reading or changing your "
-                       "saved settings."));
+        QCoreApplication::translate("KestrineApp",
+                                    "Run against the built-in demo instance, without reading or "
+                                    "changing your saved settings."));
     parser.addOption(demo);
     parser.process(application);
 
