@@ -2,6 +2,16 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="en" sourcelanguage="en">
 <context>
+    <name>CommentSheet</name>
+    <message numerus="yes">
+        <source>%n character(s)</source>
+        <translation>
+            <numerusform>%n characters</numerusform>
+            <numerusform>%n characters</numerusform>
+        </translation>
+    </message>
+</context>
+<context>
     <name>InboxViewModel</name>
     <message numerus="yes">
         <source>Couldn&apos;t load any PRs (%n repo(s) failed). Check the Logs screen.</source>
@@ -193,6 +203,16 @@
         <translation>
             <numerusform>in %n second</numerusform>
             <numerusform>in %n seconds</numerusform>
+        </translation>
+    </message>
+</context>
+<context>
+    <name>ShareSheet</name>
+    <message numerus="yes">
+        <source>%n line(s) · %1 KB</source>
+        <translation>
+            <numerusform>%n line · %1 KB</numerusform>
+            <numerusform>%n lines · %1 KB</numerusform>
         </translation>
     </message>
 </context>

@@ -61,14 +61,14 @@ Page {
 
         NavBar {
             Layout.fillWidth: true
-            title: "Pull Requests"
+            title: qsTr("Pull Requests")
             large: true
             showSeparator: !searchBar.visible
 
             NavButton {
                 objectName: "settingsButton"
                 symbol: "gearshape"
-                Accessible.name: "Settings"
+                Accessible.name: qsTr("Settings")
                 onClicked: root.openSettings()
             }
         }
@@ -87,7 +87,7 @@ Page {
                 anchors.top: parent.top
                 anchors.horizontalCenter: parent.horizontalCenter
                 width: Math.min(parent.width, Theme.maxContentWidth) - 2 * Theme.margin
-                Accessible.name: "Search pull requests"
+                Accessible.name: qsTr("Search pull requests")
             }
 
             Rectangle {
@@ -131,9 +131,9 @@ Page {
         objectName: "notConfiguredState"
         anchors.fill: parent
         visible: root.content === "notConfigured"
-        title: "Not configured"
+        title: qsTr("Not configured")
         symbol: "key"
-        description: "Add your Gitea instance and token in Settings."
+        description: qsTr("Add your Gitea instance and token in Settings.")
     }
 
     Flickable {
@@ -149,9 +149,9 @@ Page {
             objectName: "noOpenPRsState"
             width: emptyScroll.width
             height: Math.max(emptyScroll.height, 400)
-            title: "No open PRs"
+            title: qsTr("No open PRs")
             symbol: "tray"
-            description: "Pull down to refresh."
+            description: qsTr("Pull down to refresh.")
         }
     }
 
@@ -197,9 +197,9 @@ Page {
         objectName: "noMatchesState"
         anchors.fill: list
         visible: root.noMatches
-        title: "No matches for “" + Bidi.isolate(searchRows.searchText.trim()) + "”"
+        title: qsTr("No matches for “%1”").arg(Bidi.isolate(searchRows.searchText.trim()))
         symbol: "magnifyingglass"
-        description: "Check the spelling or try other words."
+        description: qsTr("Check the spelling or try other words.")
     }
 
     PullToRefresh {
@@ -214,9 +214,9 @@ Page {
     AppDialog {
         id: errorAlert
         objectName: "inboxErrorAlert"
-        title: "Error"
+        title: qsTr("Error")
         message: root.vm.errorMessage
-        acceptText: "OK"
+        acceptText: qsTr("OK")
         onClosed: root.vm.dismissError()
     }
 
