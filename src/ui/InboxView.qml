@@ -60,6 +60,7 @@ Page {
         spacing: 0
 
         NavBar {
+            objectName: "inboxNavBar"
             Layout.fillWidth: true
             title: qsTr("Pull Requests")
             large: true
