@@ -1,7 +1,7 @@
 // The program in German (run with LANG=de_DE.UTF-8): the texts of the view models, the summaries
-// and the screens' helpers come from the German catalogue, dates read as a German clock reads
-// them, and what goes to the diagnostic log stays English, also when the same failure is on
-// screen in German.
+// and the screens' helpers come from the German catalogue, and what goes to the diagnostic log
+// stays English, also when the same failure is on screen in German. (Times in German are
+// tst_relativetime_de's.)
 
 #include "apierror.h"
 #include "detailfixture.h"
@@ -11,8 +11,6 @@
 #include "mergegate.h"
 #include "outcome.h"
 #include "prdetailviewmodel.h"
-#include "relativetime.h"
-#include "timeofday.h"
 #include "translations.h"
 
 #include <QCoreApplication>
@@ -22,8 +20,6 @@
 
 using namespace kestrine;
 using namespace kestrine::testing;
-using kestrine::ui::RelativeTime;
-using kestrine::ui::TimeOfDay;
 
 class TestGermanTexts : public DetailTestCase
 {
@@ -33,55 +29,6 @@ private slots:
     void initTestCase() { QCOMPARE(i18n::installTranslations(), QStringLiteral("de")); }
 
     void cleanup() { stopServer(); }
-
-    void relativeTimesAreGerman_data()
-    {
-        QTest::addColumn<qint64>("secondsAgo");
-        QTest::addColumn<QString>("abbreviated");
-        QTest::addColumn<QString>("full");
-        QTest::newRow("now") << qint64(0) << "in 0 Sek."
-                             << "in 0 Sekunden";
-        QTest::newRow("one second") << qint64(1) << "vor 1 Sek."
-                                    << "vor 1 Sekunde";
-        QTest::newRow("five minutes") << qint64(5 * 60) << "vor 5 Min."
-                                      << "vor 5 Minuten";
-        QTest::newRow("one hour") << qint64(3600) << "vor 1 Std."
-                                  << "vor 1 Stunde";
-        QTest::newRow("two hours") << qint64(2 * 3600) << "vor 2 Std."
-                                   << "vor 2 Stunden";
-        QTest::newRow("one day") << qint64(86400) << "vor 1 Tag"
-                                 << "vor 1 Tag";
-        QTest::newRow("three days") << qint64(3 * 86400) << "vor 3 Tagen"
-                                    << "vor 3 Tagen";
-        QTest::newRow("two weeks") << qint64(14 * 86400) << "vor 2 Wo."
-                                   << "vor 2 Wochen";
-        QTest::newRow("one month") << qint64(30 * 86400) << "vor 1 Mon."
-                                   << "vor 1 Monat";
-        QTest::newRow("four years") << qint64(4 * 365 * 86400) << "vor 4 J."
-                                    << "vor 4 Jahren";
-        QTest::newRow("three hours ahead") << qint64(-3 * 3600) << "in 3 Std."
-                                           << "in 3 Stunden";
-        QTest::newRow("a day ahead") << qint64(-86400) << "in 1 Tag"
-                                     << "in 1 Tag";
-    }
-
-    void relativeTimesAreGerman()
-    {
-        QFETCH(qint64, secondsAgo);
-        QFETCH(QString, abbreviated);
-        QFETCH(QString, full);
-        const QDateTime now(QDate(2024, 5, 1), QTime(12, 0), Qt::UTC);
-        const QDateTime then = now.addSecs(-secondsAgo);
-        QCOMPARE(RelativeTime::format(then, now, RelativeTime::Style::Abbreviated), abbreviated);
-        QCOMPARE(RelativeTime::format(then, now, RelativeTime::Style::Full), full);
-    }
-
-    void timeOfDayIsTheGermanClocks()
-    {
-        QCOMPARE(QLocale().language(), QLocale::German);
-        const QDateTime afternoon(QDate(2024, 5, 1), QTime(14, 5, 9), Qt::LocalTime);
-        QCOMPARE(TimeOfDay().of(afternoon), QStringLiteral("14:05:09"));
-    }
 
     void failureTextsAreGermanOnScreenAndEnglishInTheLog()
     {

@@ -1,5 +1,6 @@
-// How times read on screen in English: relative to now ("2 hr. ago", "5 minutes ago"), with the
-// English catalogue's plural forms, and as a time of day in the locale's own clock format.
+// How times read on screen: relative to now ("2 hr. ago", "5 minutes ago") in the language of the
+// test's locale, English (with the English catalogue's plural forms) or, as tst_relativetime_de,
+// German ("vor 2 Std."); and as a time of day in the locale's own clock format.
 
 #include "relativetime.h"
 #include "timeofday.h"
@@ -14,14 +15,56 @@ class TestRelativeTime : public QObject
 {
     Q_OBJECT
 
-private slots:
-    void initTestCase() { QCOMPARE(kestrine::i18n::installTranslations(), QStringLiteral("en")); }
+private:
+    /// The catalogue run-isolated's locale gave: "en" or "de".
+    QString m_language;
 
-    void readsInEnglish_data()
+    void germanRows()
+    {
+        QTest::newRow("now") << qint64(0) << "in 0 Sek."
+                             << "in 0 Sekunden";
+        QTest::newRow("one second") << qint64(1) << "vor 1 Sek."
+                                    << "vor 1 Sekunde";
+        QTest::newRow("five minutes") << qint64(5 * 60) << "vor 5 Min."
+                                      << "vor 5 Minuten";
+        QTest::newRow("one hour") << qint64(3600) << "vor 1 Std."
+                                  << "vor 1 Stunde";
+        QTest::newRow("two hours") << qint64(2 * 3600) << "vor 2 Std."
+                                   << "vor 2 Stunden";
+        QTest::newRow("one day") << qint64(86400) << "vor 1 Tag"
+                                 << "vor 1 Tag";
+        QTest::newRow("three days") << qint64(3 * 86400) << "vor 3 Tagen"
+                                    << "vor 3 Tagen";
+        QTest::newRow("two weeks") << qint64(14 * 86400) << "vor 2 Wo."
+                                   << "vor 2 Wochen";
+        QTest::newRow("one month") << qint64(30 * 86400) << "vor 1 Mon."
+                                   << "vor 1 Monat";
+        QTest::newRow("four years") << qint64(4 * 365 * 86400) << "vor 4 J."
+                                    << "vor 4 Jahren";
+        QTest::newRow("three hours ahead") << qint64(-3 * 3600) << "in 3 Std."
+                                           << "in 3 Stunden";
+        QTest::newRow("a day ahead") << qint64(-86400) << "in 1 Tag"
+                                     << "in 1 Tag";
+    }
+
+private slots:
+    void initTestCase()
+    {
+        m_language = kestrine::i18n::installTranslations();
+        QCOMPARE(m_language, qEnvironmentVariable("LANG").startsWith(u"de_")
+                                 ? QStringLiteral("de")
+                                 : QStringLiteral("en"));
+    }
+
+    void readsInTheUsersLanguage_data()
     {
         QTest::addColumn<qint64>("secondsAgo");
         QTest::addColumn<QString>("abbreviated");
         QTest::addColumn<QString>("full");
+        if (m_language == u"de") {
+            germanRows();
+            return;
+        }
         // "Now" counts as past only once a whole second has gone.
         QTest::newRow("now") << qint64(0) << "in 0 sec."
                              << "in 0 seconds";
@@ -63,7 +106,7 @@ private slots:
                                         << "in 2 days";
     }
 
-    void readsInEnglish()
+    void readsInTheUsersLanguage()
     {
         QFETCH(qint64, secondsAgo);
         QFETCH(QString, abbreviated);
@@ -78,9 +121,12 @@ private slots:
     {
         const RelativeTime relative;
         const QDateTime now(QDate(2024, 5, 1), QTime(12, 0), Qt::UTC);
+        const QDateTime twoHoursBefore = now.addSecs(-2 * 3600);
         QCOMPARE(relative.abbreviated(QStringLiteral("2024-05-01T10:00:00Z"), now),
-                 QStringLiteral("2 hr. ago"));
-        QCOMPARE(relative.full(QVariant(now.addSecs(-120)), now), QStringLiteral("2 minutes ago"));
+                 RelativeTime::format(twoHoursBefore, now, RelativeTime::Style::Abbreviated));
+        QCOMPARE(relative.full(QVariant(twoHoursBefore), now),
+                 RelativeTime::format(twoHoursBefore, now, RelativeTime::Style::Full));
+        QVERIFY(!relative.full(QVariant(twoHoursBefore), now).isEmpty());
         QCOMPARE(relative.abbreviated(QStringLiteral("yesterday"), now), QString());
     }
 
@@ -112,6 +158,9 @@ private slots:
 
     void timeOfDayIsOnTheUsersClock()
     {
+        // The C locale's clock and the German one write it alike.
+        const QDateTime afternoon(QDate(2024, 5, 1), QTime(14, 5, 9), Qt::LocalTime);
+        QCOMPARE(TimeOfDay().of(afternoon), QStringLiteral("14:05:09"));
         const QDateTime utc(QDate(2024, 5, 1), QTime(14, 5, 9), Qt::UTC);
         QCOMPARE(TimeOfDay::format(utc, QLocale::c()),
                  utc.toLocalTime().time().toString(QStringLiteral("HH:mm:ss")));
