@@ -11,8 +11,8 @@ ifneq ($(shell command -v ccache 2>/dev/null),)
 CMAKE_FLAGS += -DCMAKE_CXX_COMPILER_LAUNCHER=ccache
 endif
 
-.PHONY: all deps configure build test test-asan run install screenshots bench format clean \
-        check-packages
+.PHONY: all deps configure build test test-asan run install screenshots screenshots-de bench \
+        format clean check-packages translations
 
 all: build
 
@@ -79,19 +79,35 @@ endif
 # $(SCREENSHOT_DIR)/light and .../dark, then the same screens with texts a stranger wrote (the
 # hostile-* scenes): a real X window under xvfb-run, so Material shadows show. Lists the scenes it
 # wrote; fails when the tour went wrong, when the app printed a message that means something on
-# screen is broken, or when the app fetched anything the stranger's texts pointed at.
+# screen is broken, or when the app fetched anything the stranger's texts pointed at. The screens
+# speak the user's language, or SCREENSHOT_LOCALE's when it is set (a locale such as de_DE.UTF-8);
+# `make screenshots-de` renders them in German into $(BUILD_DIR)/screenshots-de.
 SCREENSHOT_DIR ?= $(BUILD_DIR)/screenshots
+SCREENSHOT_LOCALE ?=
+SCREENSHOT_ENV := $(if $(SCREENSHOT_LOCALE),env -u LC_ALL -u LC_MESSAGES -u LANGUAGE \
+                  LANG=$(SCREENSHOT_LOCALE))
 screenshots: configure
 	@cmake --build $(BUILD_DIR) --parallel $(JOBS) --target kestrine-screenshots
 	@rm -rf $(SCREENSHOT_DIR)
 	@for theme in Light Dark; do \
 		dir=$(SCREENSHOT_DIR)/$$(echo $$theme | tr A-Z a-z); \
 		mkdir -p $$dir; \
-		QT_QUICK_CONTROLS_MATERIAL_THEME=$$theme xvfb-run -a -s "-screen 0 1600x1200x24" \
+		QT_QUICK_CONTROLS_MATERIAL_THEME=$$theme $(SCREENSHOT_ENV) \
+			xvfb-run -a -s "-screen 0 1600x1200x24" \
 			$(BUILD_DIR)/tools/screenshots/kestrine-screenshots $$dir >$$dir.scenes || exit 1; \
 		echo "screenshots: $$(wc -l <$$dir.scenes) scenes in $$dir:"; \
 		tr '\n' ' ' <$$dir.scenes | fold -s -w 98 | sed 's/^/  /'; echo; \
 	done
+
+screenshots-de:
+	@$(MAKE) --no-print-directory screenshots SCREENSHOT_LOCALE=de_DE.UTF-8 \
+		SCREENSHOT_DIR=$(BUILD_DIR)/screenshots-de
+
+# Refreshes the catalogues of i18n/ from the sources with lupdate: a new text comes in unfinished,
+# a vanished one goes. Translate what is unfinished (Qt Linguist, or any text editor) and commit
+# the .ts files; the build compiles them into the programs.
+translations: configure
+	@cmake --build $(BUILD_DIR) --target update_translations
 
 # The app, kestrine-cli, the desktop entry, the AppStream metadata, the icon and the systemd user
 # units of the background check. The units name kestrine-cli by its path under PREFIX.

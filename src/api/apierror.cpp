@@ -1,12 +1,22 @@
 #include "apierror.h"
 
+#include <QCoreApplication>
+
 namespace kestrine {
 namespace {
 
-const QString authenticationFailedText = QStringLiteral("Authentication failed. Check your token.");
-const QString mergeConflictText =
-    QStringLiteral("This branch is out of date or conflicts with the base branch. Update the "
-                   "branch and try again.");
+// The texts in English; the log keeps them so, screens translate them (APIError context).
+const char *const authenticationFailedText =
+    QT_TRANSLATE_NOOP("APIError", "Authentication failed. Check your token.");
+const char *const mergeConflictText =
+    QT_TRANSLATE_NOOP("APIError", "This branch is out of date or conflicts with the base branch. "
+                                  "Update the branch and try again.");
+
+/// `source` in English, or in the user's language.
+QString wording(const char *source, bool localized, const char *context = "APIError")
+{
+    return localized ? QCoreApplication::translate(context, source) : QString::fromUtf8(source);
+}
 
 } // namespace
 
@@ -56,30 +66,46 @@ APIError APIError::mergeConflict()
 
 QString APIError::description() const
 {
+    return describe(false);
+}
+
+QString APIError::localizedDescription() const
+{
+    return describe(true);
+}
+
+QString APIError::describe(bool localized) const
+{
+    const auto say = [localized](const char *source) {
+        return wording(source, localized);
+    };
     switch (m_kind) {
     case Kind::HttpStatus:
         // 401, 403 and 409 never arrive here from the client, which maps them to their own
         // cases; the texts stay as a safety net for anyone building the error by hand.
         if (m_statusCode == 401 || m_statusCode == 403)
-            return authenticationFailedText;
+            return say(authenticationFailedText);
         if (m_statusCode == 409)
-            return mergeConflictText;
+            return say(mergeConflictText);
+        // The server's message is the server's words: never translated.
         if (m_serverMessage && !m_serverMessage->isEmpty())
-            return QStringLiteral("Server error (%1): %2")
+            return say(QT_TRANSLATE_NOOP("APIError", "Server error (%1): %2"))
                 .arg(QString::number(m_statusCode), *m_serverMessage);
-        return QStringLiteral("Server error (%1).").arg(m_statusCode);
+        return say(QT_TRANSLATE_NOOP("APIError", "Server error (%1).")).arg(m_statusCode);
     case Kind::Decoding:
-        return QStringLiteral("Could not parse the server response: ") + m_decodingDescription;
+        // The decoder's description names keys and types of the server's JSON: it stays as is.
+        return say(QT_TRANSLATE_NOOP("APIError", "Could not parse the server response: %1"))
+            .arg(m_decodingDescription);
     case Kind::InvalidURL:
-        return QStringLiteral("The instance URL is invalid.");
+        return say(QT_TRANSLATE_NOOP("APIError", "The instance URL is invalid."));
     case Kind::InvalidResponse:
-        return QStringLiteral("The server returned an invalid response.");
+        return say(QT_TRANSLATE_NOOP("APIError", "The server returned an invalid response."));
     case Kind::Unauthorized:
-        return authenticationFailedText;
+        return say(authenticationFailedText);
     case Kind::NotFound:
-        return QStringLiteral("Not found.");
+        return say(QT_TRANSLATE_NOOP("APIError", "Not found."));
     case Kind::MergeConflict:
-        return mergeConflictText;
+        return say(mergeConflictText);
     }
     return {};
 }
@@ -97,19 +123,40 @@ TransportError::TransportError(QNetworkReply::NetworkError code, QString message
     , m_what(m_message.toUtf8())
 {}
 
-QString errorDescription(const std::exception_ptr &error)
+QString TransportError::localizedDescription() const
+{
+    // The client's own messages are marked for translation where they are made; Qt's are not in
+    // the catalogue and come back as they are.
+    return QCoreApplication::translate("TransportError", m_message.toUtf8().constData());
+}
+
+namespace {
+
+QString describeError(const std::exception_ptr &error, bool localized)
 {
     try {
         std::rethrow_exception(error);
     } catch (const APIError &apiError) {
-        return apiError.description();
+        return localized ? apiError.localizedDescription() : apiError.description();
     } catch (const TransportError &transportError) {
-        return transportError.description();
+        return localized ? transportError.localizedDescription() : transportError.description();
     } catch (const std::exception &other) {
         return QString::fromUtf8(other.what());
     } catch (...) {
     }
-    return QStringLiteral("Unknown error.");
+    return wording(QT_TRANSLATE_NOOP("APIError", "Unknown error."), localized);
+}
+
+} // namespace
+
+QString errorDescription(const std::exception_ptr &error)
+{
+    return describeError(error, false);
+}
+
+QString localizedErrorDescription(const std::exception_ptr &error)
+{
+    return describeError(error, true);
 }
 
 bool isCancellation(const std::exception_ptr &error)

@@ -8,7 +8,8 @@
 
 namespace kestrine {
 
-/// The one error type of server access. Its description is what screens show.
+/// The one error type of server access. Its description is what the log says; screens show it in
+/// the user's language.
 class APIError : public std::exception
 {
 public:
@@ -38,12 +39,17 @@ public:
     /// The decoder's description of a `Decoding` error.
     const QString &decodingDescription() const { return m_decodingDescription; }
 
+    /// In English, as the log has it.
     QString description() const;
+    /// The same in the user's language, as screens and kestrine-cli show it.
+    QString localizedDescription() const;
     const char *what() const noexcept override { return m_what.constData(); }
 
     bool operator==(const APIError &other) const;
 
 private:
+    QString describe(bool localized) const;
+
     explicit APIError(Kind kind, int statusCode = 0, std::optional<QString> serverMessage = {},
                       QString decodingDescription = {});
 
@@ -55,7 +61,8 @@ private:
 };
 
 /// A failure of the network stack itself (no connection, timeout, TLS, cancellation), passed to
-/// callers as it came and never written to the log by the client.
+/// callers as it came and never written to the log by the client. Its message is Qt's, in English,
+/// or one of the client's own (a timeout), which the user's language has words for.
 class TransportError : public std::exception
 {
 public:
@@ -67,6 +74,8 @@ public:
     bool isCancellation() const { return m_code == QNetworkReply::OperationCanceledError; }
 
     QString description() const { return m_message; }
+    /// The client's own messages in the user's language; Qt's as they are.
+    QString localizedDescription() const;
     const char *what() const noexcept override { return m_what.constData(); }
 
 private:
@@ -75,9 +84,11 @@ private:
     QByteArray m_what;
 };
 
-/// The user-readable description of a failure caught as `std::current_exception()`: an
+/// The description of a failure caught as `std::current_exception()`, in English, for the log: an
 /// APIError's or TransportError's own text, or what any other exception says.
 QString errorDescription(const std::exception_ptr &error);
+/// The same in the user's language, for screens and kestrine-cli.
+QString localizedErrorDescription(const std::exception_ptr &error);
 
 /// Whether the failure is a request abandoned because its screen went away.
 bool isCancellation(const std::exception_ptr &error);

@@ -151,8 +151,9 @@ QCoro::Task<Response> exchange(GiteaClient client, QString path, QByteArray meth
                              QStringLiteral("Operation canceled"));
     HttpSession *session = client.session();
     if (!session)
-        throw TransportError(QNetworkReply::UnknownNetworkError,
-                             QStringLiteral("The HTTP session is gone."));
+        throw TransportError(
+            QNetworkReply::UnknownNetworkError,
+            QStringLiteral(QT_TRANSLATE_NOOP("TransportError", "The HTTP session is gone.")));
 
     const QNetworkRequest networkRequest = buildRequest(client, path, query, body.has_value());
     std::unique_ptr<QNetworkReply, DeleteLater> reply(session->send(networkRequest, method, body));
@@ -175,8 +176,9 @@ QCoro::Task<Response> exchange(GiteaClient client, QString path, QByteArray meth
     if (!statusAttribute.isValid() || !isHttpStatusError(error)) {
         if (error == QNetworkReply::OperationCanceledError &&
             !reply->property(cancelledByScopeProperty).toBool())
-            throw TransportError(QNetworkReply::TimeoutError,
-                                 QStringLiteral("The request timed out."));
+            throw TransportError(
+                QNetworkReply::TimeoutError,
+                QStringLiteral(QT_TRANSLATE_NOOP("TransportError", "The request timed out.")));
         if (error != QNetworkReply::NoError)
             throw TransportError(error, reply->errorString());
         writeLog(client, LogLevel::Error, logPrefix + QStringLiteral("invalid response"));

@@ -10,6 +10,7 @@
 #include "qmlservices.h"
 #include "settingsstore.h"
 #include "storagemode.h"
+#include "translations.h"
 
 #include <QCoreApplication>
 #include <QGuiApplication>
@@ -45,6 +46,9 @@ KestrineApp::KestrineApp(AppOptions options)
                      [this](const PullRequestReference &reference, const QString &token) {
                          openPullRequest(reference, token);
                      });
+    // The screens speak the user's language; main() has done this already when it read the
+    // command line, the test harnesses and the screenshot tool have not.
+    i18n::installTranslations();
 }
 
 KestrineApp::AbortedRequestsDrain::~AbortedRequestsDrain()
@@ -93,7 +97,7 @@ QCoro::Task<bool> KestrineApp::start()
     m_engine.load(mainQml);
     QQuickWindow *const shown = window();
     if (!shown) {
-        m_error = QStringLiteral("The window could not be created.");
+        m_error = QCoreApplication::translate("KestrineApp", "The window could not be created.");
         co_return false;
     }
     // The app is in front while its window is on screen and active; a phone would not show the
@@ -166,7 +170,8 @@ QQuickWindow *KestrineApp::window() const
 bool KestrineApp::startDemo()
 {
     if (!Storage::useEphemeral()) {
-        m_error = QStringLiteral("The demo needs private storage, and none could be set up.");
+        m_error = QCoreApplication::translate(
+            "DemoInstance", "The demo needs private storage, and none could be set up.");
         return false;
     }
     m_demo =

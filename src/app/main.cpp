@@ -1,6 +1,7 @@
 #include "app.h"
 #include "settingsstore.h"
 #include "terminationsignal.h"
+#include "translations.h"
 
 #include <QCommandLineParser>
 #include <QGuiApplication>
@@ -13,8 +14,9 @@ namespace {
 /// The message names options, never a value typed (it might be a token in the wrong place).
 int usageError(const QString &message)
 {
-    std::fprintf(stderr, "kestrine: %s\nTry 'kestrine --help' for more information.\n",
-                 qUtf8Printable(message));
+    std::fprintf(stderr, "kestrine: %s\n%s\n", qUtf8Printable(message),
+                 qUtf8Printable(QCoreApplication::translate(
+                     "KestrineApp", "Try 'kestrine --help' for more information.")));
     return 2;
 }
 
@@ -47,25 +49,32 @@ int main(int argc, char *argv[])
     // For the window already running, should this start only bring it to the front.
     const QVariantMap launchPlatformData = kestrine::ApplicationService::launchPlatformData();
     QGuiApplication application(argc, argv);
+    kestrine::i18n::installTranslations();
 
     QCommandLineParser parser;
-    parser.setApplicationDescription(
-        QStringLiteral("Review and merge the pull requests of a Gitea instance.\n\n"
-                       "Kestrine has one window: started while it runs, it brings that window to "
-                       "the front\ninstead of opening another, and exits with status 0. The demo "
-                       "is an app of its own\nin that respect; it and your own can run side by "
-                       "side."));
+    parser.setApplicationDescription(QCoreApplication::translate(
+        "KestrineApp",
+        "Review and merge the pull requests of a Gitea instance.
+
+        "
+        "Kestrine has one window: started while it runs, it brings that window to the front
+        "
+        "instead of opening another, and exits with status 0. The demo is an app of its own
+        "
+        "in that respect; it and your own can run side by side."));
     parser.addHelpOption();
     parser.addVersionOption();
     const QCommandLineOption demo(
         QStringLiteral("demo"),
-        QStringLiteral("Run against the built-in demo instance, without reading or changing your "
-                       "saved settings."));
+        QCoreApplication::translate("KestrineApp",
+                                    "Run against the built-in demo instance, without reading or "
+                                    "changing your saved settings."));
     parser.addOption(demo);
     const QCommandLineOption open(
         QStringLiteral("open"),
-        QStringLiteral("Show this pull request, such as ann/tool#7, on top of the inbox; when "
-                       "Kestrine already runs, its window shows it."),
+        QCoreApplication::translate("KestrineApp",
+                                    "Show this pull request, such as ann/tool#7, on top of the "
+                                    "inbox; when Kestrine already runs, its window shows it."),
         kestrine::PullRequestReference::syntax());
     parser.addOption(open);
     if (!parser.parse(application.arguments()))
@@ -77,16 +86,19 @@ int main(int argc, char *argv[])
     if (parser.isSet(open)) {
         reference = kestrine::PullRequestReference::parse(parser.value(open));
         if (!reference)
-            return usageError(QStringLiteral("--open takes %1, such as ann/tool#7")
-                                  .arg(kestrine::PullRequestReference::syntax()));
+            return usageError(
+                QCoreApplication::translate("KestrineApp", "--open takes %1, such as ann/tool#7")
+                    .arg(kestrine::PullRequestReference::syntax()));
     }
 
     kestrine::KestrineApp app({.demo = parser.isSet(demo), .open = reference});
     if (app.claimBusName() == kestrine::ApplicationService::Claim::AlreadyRunning) {
         if (const std::optional<QString> failure = app.handOver(launchPlatformData)) {
-            qCritical(
-                "kestrine: Kestrine is already running but could not be brought to the front: %s",
-                qUtf8Printable(*failure));
+            qCritical("kestrine: %s",
+                      qUtf8Printable(QCoreApplication::translate(
+                                         "KestrineApp", "Kestrine is already running but could "
+                                                        "not be brought to the front: %1")
+                                         .arg(*failure)));
             return 1;
         }
         return 0;

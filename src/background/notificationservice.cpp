@@ -5,6 +5,7 @@
 #include "repositoryselection.h"
 #include "settingsstore.h"
 
+#include <QCoreApplication>
 #include <QPointer>
 #include <QUuid>
 
@@ -147,29 +148,31 @@ void NotificationService::fire(const QString &title, const QString &body,
 
 QString NotificationService::newPullRequestTitle()
 {
-    return QStringLiteral("New PR");
+    return QCoreApplication::translate("NotificationService", "New PR");
 }
 
 QString NotificationService::ciTitle(CIStatus::Value status)
 {
     switch (status) {
     case CIStatus::Running:
-        return QStringLiteral("CI running");
+        return QCoreApplication::translate("NotificationService", "CI running");
     case CIStatus::Success:
-        return QStringLiteral("CI passed");
+        return QCoreApplication::translate("NotificationService", "CI passed");
     case CIStatus::Failure:
-        return QStringLiteral("CI failed");
+        return QCoreApplication::translate("NotificationService", "CI failed");
     case CIStatus::Cancelled:
-        return QStringLiteral("CI cancelled");
+        return QCoreApplication::translate("NotificationService", "CI cancelled");
     case CIStatus::Unknown:
         break;
     }
-    return QStringLiteral("CI updated");
+    return QCoreApplication::translate("NotificationService", "CI updated");
 }
 
 QString NotificationService::body(const PullRequest &pr, const Repository &repo)
 {
-    return pr.title + QStringLiteral(" \u2014 ") + repo.fullName;
+    //: A notification's text: %1 is the pull request's title, %2 its repository's full name.
+    return QCoreApplication::translate("NotificationService", "%1 — %2")
+        .arg(pr.title, repo.fullName);
 }
 
 } // namespace kestrine

@@ -8,6 +8,8 @@
 #include "prdetailviewmodel.h"
 #include "session.h"
 
+#include <QCoreApplication>
+
 namespace kestrine::cli {
 namespace {
 
@@ -38,7 +40,8 @@ ActionInput readInput(Action action, const Arguments &arguments)
         // Without a text it is the review menu's quick approve.
         return {third ? std::optional(textArgument(*third)) : std::nullopt, 0};
     case Action::Rerun:
-        return {std::nullopt, idArgument(third.value_or(QString()), QStringLiteral("RUN_ID"))};
+        return {std::nullopt, idArgument(third.value_or(QString()),
+                                         QCoreApplication::translate("CliPlaceholder", "RUN_ID"))};
     case Action::Close:
     case Action::Reopen:
         break;
@@ -75,17 +78,20 @@ QString doneText(Action action, const PullRequestTarget &target, const ActionInp
     const QString name = target.key();
     switch (action) {
     case Action::Comment:
-        return QStringLiteral("Commented on %1.").arg(name);
+        return QCoreApplication::translate("CliActions", "Commented on %1.").arg(name);
     case Action::Approve:
-        return QStringLiteral("Approved %1.").arg(name);
+        return QCoreApplication::translate("CliActions", "Approved %1.").arg(name);
     case Action::RequestChanges:
-        return QStringLiteral("Requested changes on %1.").arg(name);
+        return QCoreApplication::translate("CliActions", "Requested changes on %1.").arg(name);
     case Action::Close:
-        return QStringLiteral("Closed %1.").arg(name);
+        return QCoreApplication::translate("CliActions", "Closed %1.").arg(name);
     case Action::Reopen:
-        return QStringLiteral("Reopened %1.").arg(name);
+        return QCoreApplication::translate("CliActions", "Reopened %1.").arg(name);
     case Action::Rerun:
-        return QStringLiteral("Re-running run %1 of %2.").arg(input.runID).arg(name);
+        //: %1 is the run's id, %2 the pull request (owner/name#42).
+        return QCoreApplication::translate("CliActions", "Re-running run %1 of %2.")
+            .arg(input.runID)
+            .arg(name);
     }
     return {};
 }
@@ -109,18 +115,26 @@ QCoro::Task<int> runAction(Arguments arguments, Session &session, Action action)
                                        });
 }
 
-const QString prArguments = QStringLiteral("OWNER/REPO");
-const QString numberArgument = QStringLiteral("NUMBER");
-const QString textHelp = QStringLiteral(
-    "TEXT is trimmed of blanks and line breaks at both ends, as the comment sheet sends it; "
-    "\"-\"\n"
-    "reads it from standard input. A text starting with \"-\" goes after \"--\".");
+QString textHelp()
+{
+    return QCoreApplication::translate(
+        "CliActions",
+        "TEXT is trimmed of blanks and line breaks at both ends, as the comment sheet "
+        "sends it; \"-\"\n"
+        "reads it from standard input. A text starting with \"-\" goes after "
+        "\"--\".");
+}
+
+QString textArgumentName()
+{
+    return QCoreApplication::translate("CliPlaceholder", "TEXT");
+}
 
 Command actionCommand(QString name, QString summary, QStringList required, QStringList optional,
                       QString description, Command::Run run)
 {
-    required.prepend(numberArgument);
-    required.prepend(prArguments);
+    required.prepend(QCoreApplication::translate("CliPlaceholder", "NUMBER"));
+    required.prepend(QCoreApplication::translate("CliPlaceholder", "OWNER/REPO"));
     return {std::move(name),
             std::move(summary),
             {std::move(required), std::move(optional), {}},
@@ -133,8 +147,9 @@ Command actionCommand(QString name, QString summary, QStringList required, QStri
 Command commentCommand()
 {
     return actionCommand(
-        QStringLiteral("comment"), QStringLiteral("Post a comment on a pull request"),
-        {QStringLiteral("TEXT")}, {}, textHelp, [](Arguments arguments, Session &session) {
+        QStringLiteral("comment"),
+        QCoreApplication::translate("CliActions", "Post a comment on a pull request"),
+        {textArgumentName()}, {}, textHelp(), [](Arguments arguments, Session &session) {
             return runAction(std::move(arguments), session, Action::Comment);
         });
 }
@@ -142,8 +157,9 @@ Command commentCommand()
 Command approveCommand()
 {
     return actionCommand(
-        QStringLiteral("approve"), QStringLiteral("Approve a pull request, with an optional text"),
-        {}, {QStringLiteral("TEXT")}, textHelp, [](Arguments arguments, Session &session) {
+        QStringLiteral("approve"),
+        QCoreApplication::translate("CliActions", "Approve a pull request, with an optional text"),
+        {}, {textArgumentName()}, textHelp(), [](Arguments arguments, Session &session) {
             return runAction(std::move(arguments), session, Action::Approve);
         });
 }
@@ -151,15 +167,17 @@ Command approveCommand()
 Command requestChangesCommand()
 {
     return actionCommand(
-        QStringLiteral("request-changes"), QStringLiteral("Request changes on a pull request"),
-        {QStringLiteral("TEXT")}, {}, textHelp, [](Arguments arguments, Session &session) {
+        QStringLiteral("request-changes"),
+        QCoreApplication::translate("CliActions", "Request changes on a pull request"),
+        {textArgumentName()}, {}, textHelp(), [](Arguments arguments, Session &session) {
             return runAction(std::move(arguments), session, Action::RequestChanges);
         });
 }
 
 Command closeCommand()
 {
-    return actionCommand(QStringLiteral("close"), QStringLiteral("Close a pull request"), {}, {},
+    return actionCommand(QStringLiteral("close"),
+                         QCoreApplication::translate("CliActions", "Close a pull request"), {}, {},
                          {}, [](Arguments arguments, Session &session) {
                              return runAction(std::move(arguments), session, Action::Close);
                          });
@@ -167,7 +185,8 @@ Command closeCommand()
 
 Command reopenCommand()
 {
-    return actionCommand(QStringLiteral("reopen"), QStringLiteral("Reopen a closed pull request"),
+    return actionCommand(QStringLiteral("reopen"),
+                         QCoreApplication::translate("CliActions", "Reopen a closed pull request"),
                          {}, {}, {}, [](Arguments arguments, Session &session) {
                              return runAction(std::move(arguments), session, Action::Reopen);
                          });
@@ -176,9 +195,11 @@ Command reopenCommand()
 Command rerunCommand()
 {
     return actionCommand(
-        QStringLiteral("rerun"), QStringLiteral("Re-run a workflow run of a pull request"),
-        {QStringLiteral("RUN_ID")}, {},
-        QStringLiteral("show lists the runs of the pull request's head commit and their ids."),
+        QStringLiteral("rerun"),
+        QCoreApplication::translate("CliActions", "Re-run a workflow run of a pull request"),
+        {QCoreApplication::translate("CliPlaceholder", "RUN_ID")}, {},
+        QCoreApplication::translate(
+            "CliActions", "show lists the runs of the pull request's head commit and their ids."),
         [](Arguments arguments, Session &session) {
             return runAction(std::move(arguments), session, Action::Rerun);
         });

@@ -1,5 +1,7 @@
 #include "arguments.h"
 
+#include <QCoreApplication>
+
 namespace kestrine::cli {
 namespace {
 
@@ -50,10 +52,12 @@ Arguments Arguments::parse(const QStringList &arguments, const CommandSyntax &sy
         const QString name = equals < 0 ? argument : argument.left(equals);
         const OptionSpec *option = findOption(syntax, name);
         if (!option)
-            throw UsageError(QStringLiteral("unknown option %1").arg(name));
+            throw UsageError(
+                QCoreApplication::translate("CliArguments", "unknown option %1").arg(name));
         if (!option->takesValue()) {
             if (equals >= 0)
-                throw UsageError(QStringLiteral("%1 takes no value").arg(name));
+                throw UsageError(
+                    QCoreApplication::translate("CliArguments", "%1 takes no value").arg(name));
             parsed.m_flags.insert(name);
             continue;
         }
@@ -62,15 +66,16 @@ Arguments Arguments::parse(const QStringList &arguments, const CommandSyntax &sy
         } else if (i + 1 < arguments.size()) {
             parsed.m_values.insert(name, arguments.at(++i));
         } else {
-            throw UsageError(QStringLiteral("%1 needs a value (%2)").arg(name, option->valueName));
+            throw UsageError(QCoreApplication::translate("CliArguments", "%1 needs a value (%2)")
+                                 .arg(name, option->valueName));
         }
     }
     if (parsed.m_positionals.size() < syntax.required.size()) {
-        throw UsageError(QStringLiteral("missing %1")
+        throw UsageError(QCoreApplication::translate("CliArguments", "missing %1")
                              .arg(syntax.required.mid(parsed.m_positionals.size()).join(u' ')));
     }
     if (parsed.m_positionals.size() > syntax.required.size() + syntax.optional.size())
-        throw UsageError(QStringLiteral("too many arguments"));
+        throw UsageError(QCoreApplication::translate("CliArguments", "too many arguments"));
     return parsed;
 }
 

@@ -5,6 +5,8 @@
 #include "exitcode.h"
 #include "session.h"
 
+#include <QCoreApplication>
+
 namespace kestrine::cli {
 namespace {
 
@@ -21,15 +23,17 @@ Command checkCommand()
 {
     return {
         QStringLiteral("check"),
-        QStringLiteral("Run one background check and print how many notifications it posted"),
+        QCoreApplication::translate(
+            "CliCheck", "Run one background check and print how many notifications it posted"),
         {},
-        QStringLiteral("Posts desktop notifications for new pull requests and for changes of "
-                       "their CI status, and\n"
-                       "remembers what it announced, exactly as the app's background refresh. "
-                       "It does nothing and\n"
-                       "prints 0 while notificationsEnabled is false or no instance is "
-                       "configured. The systemd\n"
-                       "user timer kestrine-check.timer runs it every 15 minutes."),
+        QCoreApplication::translate(
+            "CliCheck", "Posts desktop notifications for new pull requests and for changes of "
+                        "their CI status, and\n"
+                        "remembers what it announced, exactly as the app's background refresh. "
+                        "It does nothing and\n"
+                        "prints 0 while notificationsEnabled is false or no instance is "
+                        "configured. The systemd\n"
+                        "user timer kestrine-check.timer runs it every 15 minutes."),
         runCheck,
     };
 }

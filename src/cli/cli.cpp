@@ -37,7 +37,8 @@ GlobalOptions takeGlobalOptions(QStringList &arguments)
         else if (option == u"--version")
             options.version = true;
         else
-            throw UsageError(QStringLiteral("unknown option %1").arg(option.section(u'=', 0, 0)));
+            throw UsageError(QCoreApplication::translate("CliArguments", "unknown option %1")
+                                 .arg(option.section(u'=', 0, 0)));
     }
     return options;
 }
@@ -55,7 +56,7 @@ QCoro::Task<> execute(const Command *command, Arguments arguments, Session *sess
         console::printError(usageErrorText(error.message(), command));
         code = ExitCode::Usage;
     } catch (...) {
-        console::printError(errorDescription(std::current_exception()));
+        console::printError(localizedErrorDescription(std::current_exception()));
         code = ExitCode::Failure;
     }
     co_await session->finish();
@@ -72,9 +73,10 @@ int printHelp(const QStringList &topics)
     }
     const Command *command = findCommand(topics.first());
     if (!command || topics.size() > 1) {
-        console::printError(
-            usageErrorText(command ? QStringLiteral("too many arguments")
-                                   : QStringLiteral("unknown command %1").arg(topics.first())));
+        console::printError(usageErrorText(
+            command
+                ? QCoreApplication::translate("CliArguments", "too many arguments")
+                : QCoreApplication::translate("Cli", "unknown command %1").arg(topics.first())));
         return ExitCode::Usage;
     }
     console::write(commandHelp(*command));
@@ -102,7 +104,7 @@ int run(QStringList arguments)
         return ExitCode::Success;
     }
     if (arguments.isEmpty()) {
-        console::printError(usageErrorText(QStringLiteral("no command given")));
+        console::printError(usageErrorText(QCoreApplication::translate("Cli", "no command given")));
         return ExitCode::Usage;
     }
 
@@ -111,7 +113,8 @@ int run(QStringList arguments)
         return printHelp(arguments);
     const Command *command = findCommand(name);
     if (!command) {
-        console::printError(usageErrorText(QStringLiteral("unknown command %1").arg(name)));
+        console::printError(
+            usageErrorText(QCoreApplication::translate("Cli", "unknown command %1").arg(name)));
         return ExitCode::Usage;
     }
     if (asksForHelp(arguments)) {

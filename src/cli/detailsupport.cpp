@@ -7,13 +7,17 @@
 #include "session.h"
 #include "settingsstore.h"
 
+#include <QCoreApplication>
+
 namespace kestrine::cli {
 
 Repository repositoryArgument(const QString &text)
 {
     const QStringList parts = text.split(u'/');
     if (parts.size() != 2 || parts[0].isEmpty() || parts[1].isEmpty())
-        throw UsageError(QStringLiteral("OWNER/REPO is a full name such as owner/name"));
+        throw UsageError(
+            QCoreApplication::translate("CliDetail", "%1 is a full name such as owner/name")
+                .arg(QCoreApplication::translate("CliPlaceholder", "OWNER/REPO")));
     return repositoryNamed(parts[0], parts[1]);
 }
 
@@ -22,21 +26,23 @@ qint64 idArgument(const QString &text, const QString &what)
     bool isNumber = false;
     const qint64 id = text.toLongLong(&isNumber);
     if (!isNumber || id <= 0 || text.startsWith(u'+'))
-        throw UsageError(QStringLiteral("%1 is a positive whole number").arg(what));
+        throw UsageError(
+            QCoreApplication::translate("CliDetail", "%1 is a positive whole number").arg(what));
     return id;
 }
 
 PullRequestTarget targetArgument(const Arguments &arguments)
 {
     return {repositoryArgument(arguments.positional(0).value_or(QString())),
-            idArgument(arguments.positional(1).value_or(QString()), QStringLiteral("NUMBER"))};
+            idArgument(arguments.positional(1).value_or(QString()),
+                       QCoreApplication::translate("CliPlaceholder", "NUMBER"))};
 }
 
 QString textArgument(const QString &argument)
 {
     const QString text = (argument == u"-" ? console::readAll() : argument).trimmed();
     if (text.isEmpty())
-        throw UsageError(QStringLiteral("the text is empty"));
+        throw UsageError(QCoreApplication::translate("CliDetail", "the text is empty"));
     return text;
 }
 
@@ -64,7 +70,8 @@ QCoro::Task<int> withPullRequest(Session &session, const PullRequestTarget &targ
     co_await model.loadWithStatuses();
     if (!model.hasPr()) {
         // Without a pull request the screen shows "Couldn't load PR" over the model's error.
-        console::printError(model.errorMessage().value_or(QStringLiteral("Couldn't load PR")));
+        console::printError(model.errorMessage().value_or(
+            QCoreApplication::translate("CliDetail", "Couldn't load PR")));
         co_return ExitCode::Failure;
     }
     co_return co_await act(model);

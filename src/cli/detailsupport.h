@@ -25,7 +25,8 @@ using PullRequestTarget = PullRequestReference;
 
 /// "owner/name"; throws UsageError otherwise.
 Repository repositoryArgument(const QString &text);
-/// A positive whole number, named `what` (e.g. "NUMBER") in the error; throws UsageError.
+/// A positive whole number, named `what` (e.g. "NUMBER", in the user's language) in the error;
+/// throws UsageError.
 qint64 idArgument(const QString &text, const QString &what);
 /// The first two positional arguments, OWNER/REPO and NUMBER.
 PullRequestTarget targetArgument(const Arguments &arguments);

@@ -8,6 +8,8 @@
 #include "notconfigured.h"
 #include "session.h"
 
+#include <QCoreApplication>
+
 namespace kestrine::cli {
 namespace {
 
@@ -41,9 +43,15 @@ Command diffCommand()
 {
     return {
         QStringLiteral("diff"),
-        QStringLiteral("Print the diff of one changed file of a pull request"),
-        {{QStringLiteral("OWNER/REPO"), QStringLiteral("NUMBER"), QStringLiteral("FILE")}, {}, {}},
-        QStringLiteral("Prints the lines of FILE's section of the pull request's diff, one per "
+        QCoreApplication::translate("CliDiff",
+                                    "Print the diff of one changed file of a pull request"),
+        {{QCoreApplication::translate("CliPlaceholder", "OWNER/REPO"),
+          QCoreApplication::translate("CliPlaceholder", "NUMBER"),
+          QCoreApplication::translate("CliPlaceholder", "FILE")},
+         {},
+         {}},
+        QCoreApplication::translate(
+            "CliDiff", "Prints the lines of FILE's section of the pull request's diff, one per "
                        "line, exactly as the\n"
                        "diff screen lists them: the first is the rest of the file's \"+++ b/\" "
                        "line, normally\n"

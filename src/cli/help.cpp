@@ -1,5 +1,7 @@
 #include "help.h"
 
+#include <QCoreApplication>
+
 namespace kestrine::cli {
 namespace {
 
@@ -22,56 +24,66 @@ QString programHelp()
     QList<std::pair<QString, QString>> commandRows;
     for (const Command &command : commands())
         commandRows.append({command.name, command.summary});
+    const QList<std::pair<QString, QString>> optionRows{
+        {QStringLiteral("--demo"),
+         QCoreApplication::translate(
+             "CliHelp", "use the built-in demo instance; nothing of yours is read or written")},
+        {QStringLiteral("--help, -h"), QCoreApplication::translate("CliHelp", "show this help")},
+        {QStringLiteral("--version"), QCoreApplication::translate("CliHelp", "show the version")},
+    };
+    const QList<std::pair<QString, QString>> environmentRows{
+        {QStringLiteral("KESTRINE_URL"),
+         QCoreApplication::translate("CliHelp",
+                                     "the instance URL for this run, instead of the stored one")},
+        {QStringLiteral("KESTRINE_TOKEN"),
+         QCoreApplication::translate(
+             "CliHelp", "the access token for this run, instead of the stored one; never stored")},
+        {QStringLiteral("XDG_CONFIG_HOME"),
+         QCoreApplication::translate("CliHelp",
+                                     "holds norrum/kestrine.json: the settings and the log")},
+        {QStringLiteral("XDG_CACHE_HOME"),
+         QCoreApplication::translate(
+             "CliHelp", "holds norrum/kestrine/: the inbox cache and the notification state")},
+        {QStringLiteral("BROWSER"),
+         QCoreApplication::translate("CliHelp",
+                                     "what open hands a page to where xdg-open is not installed")},
+    };
 
-    return QStringLiteral("Usage: %1 [--demo] COMMAND [ARGUMENTS]\n"
-                          "\n"
-                          "Kestrine on a terminal: the inbox, pull requests and their actions, the "
-                          "settings and the\n"
-                          "log of the Kestrine app, for scripts, CI jobs and the background check "
-                          "of a systemd timer.\n"
-                          "\n"
-                          "Commands:\n")
-               .arg(programName) +
-           table(commandRows) +
-           QStringLiteral("\n"
-                          "Options:\n") +
-           table({
-               {QStringLiteral("--demo"),
-                QStringLiteral("use the built-in demo instance; nothing of yours is read or "
-                               "written")},
-               {QStringLiteral("--help, -h"), QStringLiteral("show this help")},
-               {QStringLiteral("--version"), QStringLiteral("show the version")},
-           }) +
-           QStringLiteral("\nRun '%1 COMMAND --help' for what a command takes and prints.\n"
-                          "\n"
-                          "Environment:\n")
-               .arg(programName) +
-           table({
-               {QStringLiteral("KESTRINE_URL"),
-                QStringLiteral("the instance URL for this run, instead of the stored one")},
-               {QStringLiteral("KESTRINE_TOKEN"),
-                QStringLiteral("the access token for this run, instead of the stored one; "
-                               "never stored")},
-               {QStringLiteral("XDG_CONFIG_HOME"),
-                QStringLiteral("holds norrum/kestrine.json: the settings and the log")},
-               {QStringLiteral("XDG_CACHE_HOME"),
-                QStringLiteral("holds norrum/kestrine/: the inbox cache and the notification "
-                               "state")},
-               {QStringLiteral("BROWSER"),
-                QStringLiteral("what open hands a page to where xdg-open is not installed")},
-           }) +
-           QStringLiteral("\n"
-                          "Exit status: 0 success; 1 the operation failed (its error on standard "
-                          "error);\n"
-                          "2 the command line was wrong.\n");
+    // A titled table without its last line break, to stand as a paragraph.
+    const auto section = [](const QString &title, const QList<std::pair<QString, QString>> &rows) {
+        return title + u'\n' + table(rows).chopped(1);
+    };
+    // Paragraphs apart by an empty line, each one text to translate, with its lines broken where
+    // the language needs.
+    const QStringList paragraphs{
+        QCoreApplication::translate("CliHelp", "Usage: %1 [--demo] COMMAND [ARGUMENTS]")
+            .arg(programName),
+        QCoreApplication::translate("CliHelp",
+                                    "Kestrine on a terminal: the inbox, pull requests and their "
+                                    "actions, the settings and the\n"
+                                    "log of the Kestrine app, for scripts, CI jobs and the "
+                                    "background check of a systemd timer."),
+        section(QCoreApplication::translate("CliHelp", "Commands:"), commandRows),
+        section(QCoreApplication::translate("CliHelp", "Options:"), optionRows),
+        QCoreApplication::translate("CliHelp",
+                                    "Run '%1 COMMAND --help' for what a command takes and prints.")
+            .arg(programName),
+        section(QCoreApplication::translate("CliHelp", "Environment:"), environmentRows),
+        QCoreApplication::translate("CliHelp",
+                                    "Exit status: 0 success; 1 the operation failed (its error on "
+                                    "standard error);\n"
+                                    "2 the command line was wrong."),
+    };
+    return paragraphs.join(QStringLiteral("\n\n")) + u'\n';
 }
 
 QString commandHelp(const Command &command)
 {
     const QString synopsis = command.syntax.synopsis();
-    QString help = QStringLiteral("Usage: %1 %2%3\n\n%4\n")
-                       .arg(programName, command.name,
-                            synopsis.isEmpty() ? QString() : u' ' + synopsis, command.summary);
+    QString help =
+        QCoreApplication::translate("CliHelp", "Usage: %1 %2%3")
+            .arg(programName, command.name, synopsis.isEmpty() ? QString() : u' ' + synopsis) +
+        QStringLiteral("\n\n") + command.summary + u'\n';
     if (!command.description.isEmpty())
         help += u'\n' + command.description + u'\n';
     if (!command.syntax.options.isEmpty()) {
@@ -80,7 +92,7 @@ QString commandHelp(const Command &command)
             rows.append({option.takesValue() ? option.name + u' ' + option.valueName : option.name,
                          option.help});
         }
-        help += QStringLiteral("\nOptions:\n") + table(rows);
+        help += u'\n' + QCoreApplication::translate("CliHelp", "Options:") + u'\n' + table(rows);
     }
     return help;
 }
@@ -90,7 +102,9 @@ QString usageErrorText(const QString &message, const Command *command)
     const QString helpCommand = command
                                     ? QStringLiteral("%1 %2 --help").arg(programName, command->name)
                                     : QStringLiteral("%1 --help").arg(programName);
-    return QStringLiteral("%1: %2\nRun '%3' for usage.").arg(programName, message, helpCommand);
+    //: A wrong command line: %1 is the program, %2 what was wrong, %3 the command that shows help.
+    return QCoreApplication::translate("CliHelp", "%1: %2\nRun '%3' for usage.")
+        .arg(programName, message, helpCommand);
 }
 
 } // namespace kestrine::cli

@@ -7,6 +7,8 @@
 #include "jsonoutput.h"
 #include "session.h"
 
+#include <QCoreApplication>
+
 namespace kestrine::cli {
 namespace {
 
@@ -55,20 +57,26 @@ Command inboxCommand()
 {
     return {
         QStringLiteral("inbox"),
-        QStringLiteral("List the open pull requests of the watched repositories"),
+        QCoreApplication::translate("CliInbox",
+                                    "List the open pull requests of the watched repositories"),
         {{},
          {},
-         {{jsonOption, {}, QStringLiteral("print the rows as a JSON array of {repo, pr}")}}},
-        QStringLiteral("Loads the inbox as the app does and prints one line per pull request, "
-                       "newest update first:\n"
-                       "  #NUMBER<TAB>OWNER/REPO<TAB>TITLE, with <TAB>draft after a draft's "
-                       "title.\n"
-                       "Tabs and line breaks in a title are printed as spaces. When notifications "
-                       "are on, the\n"
-                       "background check runs after the load, as in the app, and the command "
-                       "waits for it.\n"
-                       "Fails when nothing could be loaded; some repositories failing is only "
-                       "logged."),
+         {{jsonOption,
+           {},
+           QCoreApplication::translate("CliInbox",
+                                       "print the rows as a JSON array of {repo, pr}")}}},
+        //: The rows themselves are data for scripts: "draft" stays as it is.
+        QCoreApplication::translate("CliInbox",
+                                    "Loads the inbox as the app does and prints one line per pull "
+                                    "request, newest update first:\n"
+                                    "  #NUMBER<TAB>OWNER/REPO<TAB>TITLE, with <TAB>draft after a "
+                                    "draft's title.\n"
+                                    "Tabs and line breaks in a title are printed as spaces. When "
+                                    "notifications are on, the\n"
+                                    "background check runs after the load, as in the app, and the "
+                                    "command waits for it.\n"
+                                    "Fails when nothing could be loaded; some repositories failing "
+                                    "is only logged."),
         runInbox,
     };
 }

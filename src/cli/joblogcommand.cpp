@@ -8,14 +8,16 @@
 #include "notconfigured.h"
 #include "session.h"
 
+#include <QCoreApplication>
+
 namespace kestrine::cli {
 namespace {
 
 QCoro::Task<int> runJobLog(Arguments arguments, Session &session)
 {
     const Repository repo = repositoryArgument(arguments.positional(0).value_or(QString()));
-    const qint64 jobID =
-        idArgument(arguments.positional(1).value_or(QString()), QStringLiteral("JOB_ID"));
+    const qint64 jobID = idArgument(arguments.positional(1).value_or(QString()),
+                                    QCoreApplication::translate("CliPlaceholder", "JOB_ID"));
     if (!ensureConfigured(session, notConfiguredMessage()))
         co_return ExitCode::Failure;
 
@@ -36,12 +38,16 @@ Command jobLogCommand()
 {
     return {
         QStringLiteral("job-log"),
-        QStringLiteral("Print the raw log of one Actions job"),
-        {{QStringLiteral("OWNER/REPO"), QStringLiteral("JOB_ID")}, {}, {}},
-        QStringLiteral("Prints the log exactly as the server sends it: escape sequences, "
-                       "timestamps and all,\n"
-                       "with nothing added, not even a final line break. show lists the jobs "
-                       "and their ids."),
+        QCoreApplication::translate("CliJobLog", "Print the raw log of one Actions job"),
+        {{QCoreApplication::translate("CliPlaceholder", "OWNER/REPO"),
+          QCoreApplication::translate("CliPlaceholder", "JOB_ID")},
+         {},
+         {}},
+        QCoreApplication::translate(
+            "CliJobLog", "Prints the log exactly as the server sends it: escape sequences, "
+                         "timestamps and all,\n"
+                         "with nothing added, not even a final line break. show lists the jobs "
+                         "and their ids."),
         runJobLog,
     };
 }

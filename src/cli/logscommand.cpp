@@ -6,6 +6,8 @@
 #include "logstore.h"
 #include "session.h"
 
+#include <QCoreApplication>
+
 namespace kestrine::cli {
 namespace {
 
@@ -30,9 +32,15 @@ Command logsCommand()
 {
     return {
         QStringLiteral("logs"),
-        QStringLiteral("Print the diagnostic log, or clear it"),
-        {{}, {}, {{clearOption, {}, QStringLiteral("empty the log, also the stored copy")}}},
-        QStringLiteral("Prints the log as the app shares it, oldest line first:\n"
+        QCoreApplication::translate("CliLogs", "Print the diagnostic log, or clear it"),
+        {{},
+         {},
+         {{clearOption,
+           {},
+           QCoreApplication::translate("CliLogs", "empty the log, also the stored copy")}}},
+        //: The log's lines are in English whatever the language: LEVEL is INFO, WARN or ERROR.
+        QCoreApplication::translate(
+            "CliLogs", "Prints the log as the app shares it, oldest line first:\n"
                        "  [2024-05-01T10:20:30Z] LEVEL message\n"
                        "Every request to the server leaves one line, from the app and from this "
                        "command alike."),

@@ -8,6 +8,8 @@
 #include "prdetailviewmodel.h"
 #include "session.h"
 
+#include <QCoreApplication>
+
 namespace kestrine::cli {
 namespace {
 
@@ -23,8 +25,8 @@ QString methodArgument(const Arguments &arguments)
             return method;
         values.append(known.value);
     }
-    throw UsageError(
-        QStringLiteral("--method is one of %1").arg(values.join(QStringLiteral(", "))));
+    throw UsageError(QCoreApplication::translate("CliMerge", "--method is one of %1")
+                         .arg(values.join(QStringLiteral(", "))));
 }
 
 /// Whether the user goes ahead after the warning. On a terminal they are asked; elsewhere only
@@ -35,15 +37,22 @@ bool confirmed(const MergeGateDecision &gate, bool yes)
         return true;
     if (!console::inputIsTerminal()) {
         console::printError(gate.noteText);
-        console::printError(QStringLiteral("Not merged: confirm with --yes."));
+        console::printError(
+            QCoreApplication::translate("CliMerge", "Not merged: confirm with --yes."));
         return false;
     }
-    const std::optional<QString> answer =
-        console::readLine(gate.noteText + QStringLiteral(" Merge anyway? [y/N] "));
+    //: The merge gate's warning (%1), then the question. Keep the space at the end. Answers in
+    //: "y" or "yes" merge; a language's own word for yes is taken as well (see "yes").
+    const std::optional<QString> answer = console::readLine(
+        QCoreApplication::translate("CliMerge", "%1 Merge anyway? [y/N] ").arg(gate.noteText));
     const QString word = answer.value_or(QString()).trimmed().toLower();
-    if (word == u"y" || word == u"yes")
+    //: The word for "yes" typed in answer to "Merge anyway?", in lower case; "y" and "yes" are
+    //: always taken too. Its first letter counts as well.
+    const QString yesWord = QCoreApplication::translate("CliMerge", "yes", "answer to a question");
+    if (word == u"y" || word == u"yes" || word == yesWord ||
+        (!yesWord.isEmpty() && word == yesWord.left(1)))
         return true;
-    console::printError(QStringLiteral("Not merged."));
+    console::printError(QCoreApplication::translate("CliMerge", "Not merged."));
     return false;
 }
 
@@ -64,10 +73,12 @@ QCoro::Task<int> runMerge(Arguments arguments, Session &session)
                 co_return ExitCode::Failure;
 
             if (!co_await model.merge(method)) {
-                console::printError(model.errorMessage().value_or(QStringLiteral("Not merged.")));
+                console::printError(model.errorMessage().value_or(
+                    QCoreApplication::translate("CliMerge", "Not merged.")));
                 co_return ExitCode::Failure;
             }
-            console::printLine(QStringLiteral("Merged %1.").arg(target.key()));
+            console::printLine(
+                QCoreApplication::translate("CliMerge", "Merged %1.").arg(target.key()));
             co_return ExitCode::Success;
         });
 }
@@ -78,21 +89,27 @@ Command mergeCommand()
 {
     return {
         QStringLiteral("merge"),
-        QStringLiteral("Merge a pull request, under the merge gate"),
-        {{QStringLiteral("OWNER/REPO"), QStringLiteral("NUMBER")},
+        QCoreApplication::translate("CliMerge", "Merge a pull request, under the merge gate"),
+        {{QCoreApplication::translate("CliPlaceholder", "OWNER/REPO"),
+          QCoreApplication::translate("CliPlaceholder", "NUMBER")},
          {},
-         {{methodOption, QStringLiteral("METHOD"),
-           QStringLiteral("merge (the default), rebase or squash")},
-          {yesOption, {}, QStringLiteral("merge while CI is red without asking (warn mode)")}}},
-        QStringLiteral("Loads the pull request and its workflow runs first. While CI is red "
-                       "(a run failed):\n"
-                       "  in block mode the merge is refused;\n"
-                       "  in warn mode it is asked for on a terminal, and without one it needs "
-                       "--yes.\n"
-                       "A merge refused as out of date brings the branch up to date and is "
-                       "tried once more.\n"
-                       "With deleteBranchAfterMerge on, the head branch is deleted. Exits with "
-                       "1 when not merged."),
+         {{methodOption, QCoreApplication::translate("CliPlaceholder", "METHOD"),
+           //: The methods are the values --method takes: they stay as they are.
+           QCoreApplication::translate("CliMerge", "merge (the default), rebase or squash")},
+          {yesOption,
+           {},
+           QCoreApplication::translate("CliMerge",
+                                       "merge while CI is red without asking (warn mode)")}}},
+        QCoreApplication::translate(
+            "CliMerge", "Loads the pull request and its workflow runs first. While CI is red "
+                        "(a run failed):\n"
+                        "  in block mode the merge is refused;\n"
+                        "  in warn mode it is asked for on a terminal, and without one it needs "
+                        "--yes.\n"
+                        "A merge refused as out of date brings the branch up to date and is "
+                        "tried once more.\n"
+                        "With deleteBranchAfterMerge on, the head branch is deleted. Exits with "
+                        "1 when not merged."),
         runMerge,
     };
 }

@@ -7,6 +7,7 @@
 #include "prdetailviewmodel.h"
 #include "session.h"
 
+#include <QCoreApplication>
 #include <QProcess>
 #include <QProcessEnvironment>
 #include <QStandardPaths>
@@ -61,8 +62,9 @@ QCoro::Task<std::optional<QString>> openInBrowser(QUrl url, QString name)
 {
     const std::optional<OpenerCommand> opener = openerFor(url);
     if (!opener) {
-        co_return QStringLiteral("Cannot open %1: there is no %2 (Debian package xdg-utils) and %3 "
-                                 "is not set.")
+        co_return QCoreApplication::translate(
+            "CliOpen",
+            "Cannot open %1: there is no %2 (Debian package xdg-utils) and %3 is not set.")
             .arg(name, desktopOpener, browserVariable);
     }
     QProcess process;
@@ -75,14 +77,16 @@ QCoro::Task<std::optional<QString>> openInBrowser(QUrl url, QString name)
     // is only known once the start has been waited for.
     process.start();
     if (!process.waitForStarted()) {
-        co_return QStringLiteral("Cannot open %1: %2 did not start (%3).")
+        co_return QCoreApplication::translate("CliOpen", "Cannot open %1: %2 did not start (%3).")
             .arg(name, opener->program, process.errorString());
     }
     co_await qCoro(process).waitForFinished(-1);
     if (process.exitStatus() != QProcess::NormalExit)
-        co_return QStringLiteral("Cannot open %1: %2 crashed.").arg(name, opener->program);
+        co_return QCoreApplication::translate("CliOpen", "Cannot open %1: %2 crashed.")
+            .arg(name, opener->program);
     if (process.exitCode() != 0) {
-        co_return QStringLiteral("Cannot open %1: %2 failed (exit status %3).")
+        co_return QCoreApplication::translate("CliOpen",
+                                              "Cannot open %1: %2 failed (exit status %3).")
             .arg(name, opener->program)
             .arg(process.exitCode());
     }
@@ -96,16 +100,19 @@ QCoro::Task<int> openPage(PRDetailViewModel &model, PullRequestTarget target)
     if (!url) {
         // The address came from the server: what it holds is a stranger's text, so it is not
         // repeated here.
-        console::printError(model.pr()->htmlURL
-                                ? QStringLiteral("Not opening %1: its address on the server is not "
-                                                 "an http or https address.")
-                                      .arg(name)
-                                : QStringLiteral("Cannot open %1: the server gave no address for "
-                                                 "its page.")
-                                      .arg(name));
+        console::printError(
+            model.pr()->htmlURL
+                ? QCoreApplication::translate("CliOpen", "Not opening %1: its address on the "
+                                                         "server is not an http or https address.")
+                      .arg(name)
+                : QCoreApplication::translate("CliOpen",
+                                              "Cannot open %1: the server gave no address for its "
+                                              "page.")
+                      .arg(name));
         co_return ExitCode::Failure;
     }
-    console::printLine(QStringLiteral("Opening ") + url->toString(QUrl::FullyEncoded));
+    console::printLine(QCoreApplication::translate("CliOpen", "Opening %1")
+                           .arg(url->toString(QUrl::FullyEncoded)));
     if (const std::optional<QString> error = co_await openInBrowser(*url, name)) {
         console::printError(*error);
         co_return ExitCode::Failure;
@@ -128,9 +135,14 @@ Command openCommand()
 {
     return {
         QStringLiteral("open"),
-        QStringLiteral("Open a pull request's page on the server in the browser"),
-        {{QStringLiteral("OWNER/REPO"), QStringLiteral("NUMBER")}, {}, {}},
-        QStringLiteral("Loads the pull request as its detail screen does, prints the address of "
+        QCoreApplication::translate("CliOpen",
+                                    "Open a pull request's page on the server in the browser"),
+        {{QCoreApplication::translate("CliPlaceholder", "OWNER/REPO"),
+          QCoreApplication::translate("CliPlaceholder", "NUMBER")},
+         {},
+         {}},
+        QCoreApplication::translate(
+            "CliOpen", "Loads the pull request as its detail screen does, prints the address of "
                        "its page (the\n"
                        "server's html_url) and hands it to xdg-open, or, where there is none, to "
                        "the command in\n"

@@ -4,6 +4,8 @@
 #include "settingsstore.h"
 #include "storagemode.h"
 
+#include <QCoreApplication>
+
 namespace kestrine::cli {
 namespace {
 
@@ -25,7 +27,8 @@ Session::~Session() = default;
 std::optional<QString> Session::startDemo()
 {
     if (!Storage::useEphemeral())
-        return QStringLiteral("The demo needs private storage, and none could be set up.");
+        return QCoreApplication::translate(
+            "DemoInstance", "The demo needs private storage, and none could be set up.");
     auto demo = std::make_unique<DemoInstance>();
     if (!demo->start())
         return demo->errorString();

@@ -7,6 +7,7 @@
 #include "session.h"
 #include "settingsstore.h"
 
+#include <QCoreApplication>
 #include <QJsonArray>
 #include <QJsonObject>
 #include <functional>
@@ -33,7 +34,7 @@ bool parseBool(const QString &key, const QString &value)
         return true;
     if (value == u"false")
         return false;
-    throw UsageError(QStringLiteral("%1 is true or false").arg(key));
+    throw UsageError(QCoreApplication::translate("CliSettings", "%1 is true or false").arg(key));
 }
 
 /// "owner/name,owner/name": blanks around a name are dropped, and an empty text means every
@@ -47,7 +48,8 @@ QStringList parseRepositoryList(const QString &value)
             continue;
         const QStringList parts = name.split(u'/');
         if (parts.size() != 2 || parts[0].isEmpty() || parts[1].isEmpty())
-            throw UsageError(QStringLiteral("monitoredRepos takes full names such as owner/name"));
+            throw UsageError(QCoreApplication::translate(
+                "CliSettings", "monitoredRepos takes full names such as owner/name"));
         names.append(name);
     }
     return names;
@@ -70,7 +72,8 @@ const QList<Setter> &setters()
         {QString(SettingsStore::mergeGateModeKey),
          [](const QString &key, const QString &value) -> Change {
              if (value != u"warn" && value != u"block")
-                 throw UsageError(QStringLiteral("%1 is warn or block").arg(key));
+                 throw UsageError(
+                     QCoreApplication::translate("CliSettings", "%1 is warn or block").arg(key));
              const MergeGateMode mode =
                  value == u"block" ? MergeGateMode::Block : MergeGateMode::Warn;
              return [mode](SettingsStore &store) {
@@ -110,7 +113,9 @@ Change parseChange(const QString &key, const QString &value)
         if (setter.key == key)
             return setter.parse(key, value);
     }
-    throw UsageError(QStringLiteral("%1 is not a setting that can be changed here").arg(key));
+    throw UsageError(
+        QCoreApplication::translate("CliSettings", "%1 is not a setting that can be changed here")
+            .arg(key));
 }
 
 void printSettings(const SettingsStore &store)
@@ -145,13 +150,17 @@ QCoro::Task<int> runLogin(Arguments arguments, Session &session)
 {
     const QString url = arguments.value(urlOption).value_or(QString()).trimmed();
     if (url.isEmpty())
-        throw UsageError(QStringLiteral("login needs --url with the instance URL"));
+        throw UsageError(
+            QCoreApplication::translate("CliSettings", "login needs --url with the instance URL"));
     // The token never comes from the command line, where other users can read it.
-    const std::optional<QString> token = console::readLine(QStringLiteral("Token: "), false);
+    const std::optional<QString> token =
+        console::readLine(QCoreApplication::translate("CliSettings", "Token: "), false);
     if (!token)
-        throw UsageError(QStringLiteral("no token on standard input"));
-    if (token->isEmpty())
-        throw UsageError(QStringLiteral("the token on standard input is empty"));
+        throw UsageError(QCoreApplication::translate("CliSettings", "no token on standard input"));
+    if (token->isEmpty()) {
+        throw UsageError(
+            QCoreApplication::translate("CliSettings", "the token on standard input is empty"));
+    }
     SettingsStore &store = session.settings();
     store.setInstanceURL(url);
     store.setToken(*token);
@@ -176,10 +185,12 @@ QCoro::Task<int> runSettings(Arguments arguments, Session &session)
         co_return ExitCode::Success;
     }
     if (arguments.isSet(jsonOption))
-        throw UsageError(QStringLiteral("--json is for printing the settings"));
+        throw UsageError(
+            QCoreApplication::translate("CliSettings", "--json is for printing the settings"));
     const std::optional<QString> value = arguments.positional(1);
     if (!value)
-        throw UsageError(QStringLiteral("settings %1 needs a value").arg(*key));
+        throw UsageError(
+            QCoreApplication::translate("CliSettings", "settings %1 needs a value").arg(*key));
     const Change change = parseChange(*key, *value);
     change(session.settings());
     co_return ExitCode::Success;
@@ -191,13 +202,18 @@ Command loginCommand()
 {
     return {
         QStringLiteral("login"),
-        QStringLiteral("Store the instance URL and the access token read from standard input"),
-        {{}, {}, {{urlOption, QStringLiteral("URL"), QStringLiteral("the Gitea instance's URL")}}},
-        QStringLiteral("The token is the first line of standard input (on a terminal it is asked "
-                       "for and not shown);\n"
-                       "it is never taken from the command line. Both values go to the "
-                       "keychain, as the app's\n"
-                       "settings screen saves them; nothing is sent to the server."),
+        QCoreApplication::translate(
+            "CliSettings", "Store the instance URL and the access token read from standard input"),
+        {{},
+         {},
+         {{urlOption, QCoreApplication::translate("CliPlaceholder", "URL"),
+           QCoreApplication::translate("CliSettings", "the Gitea instance's URL")}}},
+        QCoreApplication::translate(
+            "CliSettings", "The token is the first line of standard input (on a terminal it is "
+                           "asked for and not shown);\n"
+                           "it is never taken from the command line. Both values go to the "
+                           "keychain, as the app's\n"
+                           "settings screen saves them; nothing is sent to the server."),
         runLogin,
     };
 }
@@ -206,11 +222,13 @@ Command logoutCommand()
 {
     return {
         QStringLiteral("logout"),
-        QStringLiteral("Remove the stored instance URL and token"),
+        QCoreApplication::translate("CliSettings", "Remove the stored instance URL and token"),
         {},
-        QStringLiteral("Deletes both from the keychain and stores the default instance URL and "
-                       "an empty token,\n"
-                       "as the app's \"Log out\" does. The other settings stay."),
+        //: "Log out" is the settings screen's button: say it as the app's translation does.
+        QCoreApplication::translate(
+            "CliSettings", "Deletes both from the keychain and stores the default instance URL "
+                           "and an empty token,\n"
+                           "as the app's \"Log out\" does. The other settings stay."),
         runLogout,
     };
 }
@@ -219,20 +237,25 @@ Command settingsCommand()
 {
     return {
         QStringLiteral("settings"),
-        QStringLiteral("Print the settings, or change one"),
+        QCoreApplication::translate("CliSettings", "Print the settings, or change one"),
         {{},
-         {QStringLiteral("KEY"), QStringLiteral("VALUE")},
-         {{jsonOption, {}, QStringLiteral("print the settings as a JSON object")}}},
-        QStringLiteral("Without arguments prints every setting but the token, one per line as "
-                       "KEY<TAB>VALUE.\n"
-                       "With KEY and VALUE changes one setting and stores it at once:\n"
-                       "  mergeGateMode           warn or block (merging while CI is red)\n"
-                       "  deleteBranchAfterMerge  true or false\n"
-                       "  notificationsEnabled    true or false (the background check)\n"
-                       "  monitoredRepos          full names separated by commas, such as "
-                       "ann/tool,cy/infra;\n"
-                       "                          empty for every repository\n"
-                       "The instance URL and the token are changed with login and logout."),
+         {QCoreApplication::translate("CliPlaceholder", "KEY"),
+          QCoreApplication::translate("CliPlaceholder", "VALUE")},
+         {{jsonOption,
+           {},
+           QCoreApplication::translate("CliSettings", "print the settings as a JSON object")}}},
+        //: The keys and the values warn, block, true and false stay as they are.
+        QCoreApplication::translate(
+            "CliSettings", "Without arguments prints every setting but the token, one per line "
+                           "as KEY<TAB>VALUE.\n"
+                           "With KEY and VALUE changes one setting and stores it at once:\n"
+                           "  mergeGateMode           warn or block (merging while CI is red)\n"
+                           "  deleteBranchAfterMerge  true or false\n"
+                           "  notificationsEnabled    true or false (the background check)\n"
+                           "  monitoredRepos          full names separated by commas, such as "
+                           "ann/tool,cy/infra;\n"
+                           "                          empty for every repository\n"
+                           "The instance URL and the token are changed with login and logout."),
         runSettings,
     };
 }

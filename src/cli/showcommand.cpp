@@ -13,6 +13,7 @@
 #include "summaries.h"
 #include "weblinks.h"
 
+#include <QCoreApplication>
 #include <QJsonArray>
 #include <QJsonObject>
 
@@ -31,15 +32,47 @@ QString indented(const QString &text, const QString &by)
     return lines.join(u'\n');
 }
 
+/// The pull request's state in the user's language; a state this program does not know, as the
+/// server wrote it.
+QString stateWord(const PullRequest &pr)
+{
+    if (pr.merged.value_or(false))
+        return QCoreApplication::translate("CliShow", "merged", "pull request state");
+    if (pr.state == u"open")
+        return QCoreApplication::translate("CliShow", "open", "pull request state");
+    if (pr.state == u"closed")
+        return QCoreApplication::translate("CliShow", "closed", "pull request state");
+    return pr.state;
+}
+
+/// A CI summary in the user's language (in English, its stored name: "success").
+QString ciWord(CIStatus::Value status)
+{
+    switch (status) {
+    case CIStatus::Running:
+        return QCoreApplication::translate("CliShow", "running", "CI state");
+    case CIStatus::Success:
+        return QCoreApplication::translate("CliShow", "success", "CI state");
+    case CIStatus::Failure:
+        return QCoreApplication::translate("CliShow", "failure", "CI state");
+    case CIStatus::Cancelled:
+        return QCoreApplication::translate("CliShow", "cancelled", "CI state");
+    case CIStatus::Unknown:
+        break;
+    }
+    return QCoreApplication::translate("CliShow", "unknown", "CI state");
+}
+
 QString header(const PRDetailViewModel &model, const PullRequestTarget &target)
 {
     const PullRequest &pr = *model.pr();
-    QStringList facts{target.key(), pr.merged.value_or(false) ? QStringLiteral("merged") : pr.state,
-                      QStringLiteral("CI ") + CIStatus::name(model.ciStatus())};
+    QStringList facts{
+        target.key(), stateWord(pr),
+        QCoreApplication::translate("CliShow", "CI %1").arg(ciWord(model.ciStatus()))};
     if (const QString badge = ReviewState::badgeText(model.reviewState()); !badge.isEmpty())
         facts.append(badge);
     if (pr.draft.value_or(false))
-        facts.append(QStringLiteral("Draft"));
+        facts.append(QCoreApplication::translate("CliShow", "Draft", "a draft pull request"));
     QString text = pr.title + u'\n' + facts.join(QStringLiteral(" · "));
     // Where the rest of the team sees it, when the server gave a web address for it.
     if (const std::optional<QUrl> url = model.webUrl())
@@ -49,7 +82,9 @@ QString header(const PRDetailViewModel &model, const PullRequestTarget &target)
 
 QString description(const PullRequest &pr)
 {
-    return pr.body && !pr.body->isEmpty() ? *pr.body : QStringLiteral("No description.");
+    return pr.body && !pr.body->isEmpty()
+               ? *pr.body
+               : QCoreApplication::translate("CliShow", "No description.");
 }
 
 /// The notice under a list the page bound cut short, indented as the list's items; none for a
@@ -64,7 +99,7 @@ QString conversation(const PRDetailViewModel &model)
 {
     QStringList lines;
     if (!model.reviews().isEmpty()) {
-        lines.append(QStringLiteral("Reviews"));
+        lines.append(QCoreApplication::translate("CliShow", "Reviews", "heading"));
         for (const PullReview &review : model.reviews()) {
             lines.append(indent + ReviewVerdict::of(review).line(authorName(review.user)));
             if (review.body && !review.body->isEmpty())
@@ -72,9 +107,9 @@ QString conversation(const PRDetailViewModel &model)
         }
         appendCutNotice(lines, model.reviewsCut(), indent);
     }
-    lines.append(QStringLiteral("Comments"));
+    lines.append(QCoreApplication::translate("CliShow", "Comments", "heading"));
     if (model.comments().isEmpty())
-        lines.append(indent + QStringLiteral("No comments yet."));
+        lines.append(indent + QCoreApplication::translate("CliShow", "No comments yet."));
     for (const IssueComment &comment : model.comments()) {
         QString line = indent + authorName(comment.user);
         if (comment.createdAt)
@@ -88,9 +123,9 @@ QString conversation(const PRDetailViewModel &model)
 
 QString files(const PRDetailViewModel &model)
 {
-    QStringList lines{QStringLiteral("Files")};
+    QStringList lines{QCoreApplication::translate("CliShow", "Files", "heading")};
     if (model.files().isEmpty())
-        lines.append(indent + QStringLiteral("No changed files."));
+        lines.append(indent + QCoreApplication::translate("CliShow", "No changed files."));
     for (const ChangedFile &file : model.files()) {
         lines.append(QStringLiteral("%1%2 %3  +%4 −%5")
                          .arg(indent, changedFileMark(file.status), file.filename)
@@ -103,23 +138,25 @@ QString files(const PRDetailViewModel &model)
 
 QString checks(const PRDetailViewModel &model)
 {
-    QStringList lines{QStringLiteral("Checks")};
+    QStringList lines{QCoreApplication::translate("CliShow", "Checks", "heading")};
     if (model.runs().isEmpty())
-        lines.append(indent + QStringLiteral("No workflow runs for this head commit."));
+        lines.append(indent + QCoreApplication::translate(
+                                  "CliShow", "No workflow runs for this head commit."));
     for (const ActionRun &run : model.runs()) {
-        lines.append(QStringLiteral("%1%2  %3  (run %4)")
-                         .arg(indent, CIStatus::name(CIStatus::forRun(run)), runDisplayName(run))
-                         .arg(run.id));
+        lines.append(QStringLiteral("%1%2  %3  %4")
+                         .arg(indent, ciWord(CIStatus::forRun(run)), runDisplayName(run),
+                              QCoreApplication::translate("CliShow", "(run %1)").arg(run.id)));
         for (const ActionJob &job : model.jobs().value(run.id)) {
-            lines.append(QStringLiteral("%1%2  %3  (job %4)")
-                             .arg(indent + indent, CIStatus::name(CIStatus::forJob(job)), job.name)
-                             .arg(job.id));
+            lines.append(QStringLiteral("%1%2  %3  %4")
+                             .arg(indent + indent, ciWord(CIStatus::forJob(job)), job.name,
+                                  QCoreApplication::translate("CliShow", "(job %1)").arg(job.id)));
         }
         appendCutNotice(lines, model.jobsCut(run.id), indent + indent);
     }
     // Other CI than Actions, as the Checks tab shows it below the runs.
     if (!model.statuses().isEmpty())
-        lines.append(indent + QStringLiteral("Commit statuses"));
+        lines.append(indent + QCoreApplication::translate("CliShow", "Commit statuses"));
+    // A status's state is the server's word, shown as it was sent.
     for (const CommitStatus &status : model.statuses()) {
         QStringList parts{status.status.value_or(QStringLiteral("unknown")).toLower(),
                           status.context.value_or(QString())};
@@ -211,14 +248,17 @@ Command showCommand()
 {
     return {
         QStringLiteral("show"),
-        QStringLiteral("Print a pull request with its conversation, files and checks"),
-        {{QStringLiteral("OWNER/REPO"), QStringLiteral("NUMBER")},
+        QCoreApplication::translate("CliShow",
+                                    "Print a pull request with its conversation, files and checks"),
+        {{QCoreApplication::translate("CliPlaceholder", "OWNER/REPO"),
+          QCoreApplication::translate("CliPlaceholder", "NUMBER")},
          {},
          {{jsonOption,
            {},
-           QStringLiteral("print {pr, ciStatus, reviews, comments, files, commits, runs, jobs, "
-                          "cut} as JSON")}}},
-        QStringLiteral("Loads the pull request as its detail screen does and prints, one block "
+           QCoreApplication::translate("CliShow", "print {pr, ciStatus, reviews, comments, files, "
+                                                  "commits, runs, jobs, cut} as JSON")}}},
+        QCoreApplication::translate(
+            "CliShow", "Loads the pull request as its detail screen does and prints, one block "
                        "each:\n"
                        "  the title, OWNER/REPO#NUMBER · state · CI summary · review summary, "
                        "and the\n"

@@ -1,5 +1,6 @@
 #include "demoinstance.h"
 
+#include <QCoreApplication>
 #include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -84,16 +85,19 @@ bool DemoInstance::start()
         return true;
     const QByteArray seedJson = seed(QDateTime::currentDateTimeUtc());
     if (seedJson.isEmpty()) {
-        m_error = QStringLiteral("The demo data is missing from this build.");
+        m_error = QCoreApplication::translate("DemoInstance",
+                                              "The demo data is missing from this build.");
         return false;
     }
     auto simulation = std::make_unique<GiteaSimulation>(seedJson);
     if (!simulation->isValid()) {
-        m_error = QStringLiteral("The demo data cannot be read: ") + simulation->loadError();
+        m_error = QCoreApplication::translate("DemoInstance", "The demo data cannot be read: %1")
+                      .arg(simulation->loadError());
         return false;
     }
     if (!m_server->listen()) {
-        m_error = QStringLiteral("The demo instance cannot listen on 127.0.0.1.");
+        m_error = QCoreApplication::translate("DemoInstance",
+                                              "The demo instance cannot listen on 127.0.0.1.");
         return false;
     }
     simulation->install(m_server.get());

@@ -3,6 +3,7 @@
 #include "qmlrecords_p.h"
 #include "settingsstore.h"
 
+#include <QCoreApplication>
 #include <QCoroFuture>
 #include <QPointer>
 
@@ -73,7 +74,7 @@ QCoro::Task<> DiffModel::load()
     setLines(std::move(lines));
     // Splitting always yields at least one line, so this stays a safety net.
     if (m_lines.isEmpty())
-        setErrorMessage(QStringLiteral("No diff content for this file."));
+        setErrorMessage(QCoreApplication::translate("DiffModel", "No diff content for this file."));
     setLoading(false);
 }
 

@@ -18,7 +18,8 @@ std::optional<APIError::Kind> kindOf(const std::exception_ptr &error)
 
 Failure Failure::of(const std::exception_ptr &error)
 {
-    return {kestrine::isCancellation(error), kindOf(error), errorDescription(error)};
+    return {kestrine::isCancellation(error), kindOf(error), localizedErrorDescription(error),
+            errorDescription(error)};
 }
 
 QCoro::Task<std::optional<Failure>> attempt(QCoro::Task<> task)

@@ -20,6 +20,8 @@ struct Failure
     std::optional<APIError::Kind> apiErrorKind;
     /// The localized description that screens show.
     QString description;
+    /// The same in English, for the log.
+    QString logDescription;
 
     bool isMergeConflict() const { return apiErrorKind == APIError::Kind::MergeConflict; }
 

@@ -1,5 +1,7 @@
 #include "mergegate.h"
 
+#include <QCoreApplication>
+
 namespace kestrine {
 
 MergeGateDecision mergeGate(CIStatus::Value ciStatus, MergeGateMode mode)
@@ -8,23 +10,26 @@ MergeGateDecision mergeGate(CIStatus::Value ciStatus, MergeGateMode mode)
         return {};
     switch (mode) {
     case MergeGateMode::Warn:
-        return {true, QStringLiteral("CI is red \u2014 you can still merge (Settings allows it)."),
+        return {true,
+                QCoreApplication::translate(
+                    "MergeGate", "CI is red — you can still merge (Settings allows it)."),
                 QStringLiteral("exclamationmark.triangle"), MergeGateDecision::Warning};
     case MergeGateMode::Block:
-        return {false, QStringLiteral("Merging is blocked while CI is red (Settings)."),
+        return {false,
+                QCoreApplication::translate("MergeGate",
+                                            "Merging is blocked while CI is red (Settings)."),
                 QStringLiteral("lock"), MergeGateDecision::Secondary};
     }
     return {};
 }
 
-const QList<MergeMethod> &mergeMethods()
+QList<MergeMethod> mergeMethods()
 {
-    static const QList<MergeMethod> methods{
-        {QStringLiteral("merge"), QStringLiteral("Create merge commit")},
-        {QStringLiteral("rebase"), QStringLiteral("Rebase and merge")},
-        {QStringLiteral("squash"), QStringLiteral("Squash and merge")},
+    return {
+        {QStringLiteral("merge"), QCoreApplication::translate("MergeGate", "Create merge commit")},
+        {QStringLiteral("rebase"), QCoreApplication::translate("MergeGate", "Rebase and merge")},
+        {QStringLiteral("squash"), QCoreApplication::translate("MergeGate", "Squash and merge")},
     };
-    return methods;
 }
 
 QString defaultMergeMethod()

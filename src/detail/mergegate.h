@@ -61,8 +61,8 @@ public:
     bool operator==(const MergeMethod &) const = default;
 };
 
-/// The merge methods in the order the merge sheet lists them.
-const QList<MergeMethod> &mergeMethods();
+/// The merge methods in the order the merge sheet lists them, their labels in the user's language.
+QList<MergeMethod> mergeMethods();
 /// The method the merge sheet selects first: "merge".
 QString defaultMergeMethod();
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QCoreApplication>
 #include <QString>
 
 namespace kestrine {
@@ -8,7 +9,7 @@ namespace kestrine {
 /// and job-log say the same.
 inline QString notConfiguredMessage()
 {
-    return QStringLiteral("Not configured.");
+    return QCoreApplication::translate("NotConfigured", "Not configured.");
 }
 
 } // namespace kestrine

@@ -13,6 +13,8 @@
 #include "prdetailviewmodel.h"
 #include "settingsstore.h"
 
+#include <QCoreApplication>
+
 namespace kestrine {
 namespace {
 
@@ -20,12 +22,14 @@ using detail::attempt;
 using detail::Attempted;
 using detail::Failure;
 
-const QString mergingText = QStringLiteral("Merging\u2026");
-const QString updatingBranchText = QStringLiteral("Updating branch\u2026");
-const QString updatingText = QStringLiteral("Updating\u2026");
-const QString submittingText = QStringLiteral("Submitting\u2026");
-const QString postingText = QStringLiteral("Posting\u2026");
-const QString rerunningText = QStringLiteral("Re-running job\u2026");
+// The progress texts, shown over the detail screen (and by kestrine-cli on a terminal) in the
+// user's language.
+const char *const mergingText = QT_TRANSLATE_NOOP("PRDetailViewModel", "Merging…");
+const char *const updatingBranchText = QT_TRANSLATE_NOOP("PRDetailViewModel", "Updating branch…");
+const char *const updatingText = QT_TRANSLATE_NOOP("PRDetailViewModel", "Updating…");
+const char *const submittingText = QT_TRANSLATE_NOOP("PRDetailViewModel", "Submitting…");
+const char *const postingText = QT_TRANSLATE_NOOP("PRDetailViewModel", "Posting…");
+const char *const rerunningText = QT_TRANSLATE_NOOP("PRDetailViewModel", "Re-running job…");
 
 std::optional<QString> loginOf(const PullReview &review)
 {
@@ -61,7 +65,7 @@ class ActionSteps
 public:
     using Setter = void (PRDetailViewModel::*)(const std::optional<QString> &);
 
-    ActionSteps(PRDetailViewModel *model, Setter setBusy, Setter setError, const QString &progress)
+    ActionSteps(PRDetailViewModel *model, Setter setBusy, Setter setError, const char *progress)
         : m_model(model)
         , m_setBusy(setBusy)
         , m_setError(setError)
@@ -79,8 +83,11 @@ public:
     /// False once the model is gone.
     bool modelExists() const { return !m_model.isNull(); }
 
-    /// The progress text of the next step.
-    void show(const QString &progress) { (m_model->*m_setBusy)(progress); }
+    /// The progress text of the next step, one of the texts above.
+    void show(const char *progress)
+    {
+        (m_model->*m_setBusy)(QCoreApplication::translate("PRDetailViewModel", progress));
+    }
 
     QCoro::Task<Step> perform(QCoro::Task<> request, OnFailure onFailure = OnFailure::Show)
     {

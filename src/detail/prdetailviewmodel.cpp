@@ -114,7 +114,7 @@ QCoro::Task<> PRDetailViewModel::load()
         if (!fetched.failure->isCancellation) {
             log(LogLevel::Error, QStringLiteral("PR ") + QString::number(number) +
                                      QStringLiteral(": load failed: ") +
-                                     fetched.failure->description);
+                                     fetched.failure->logDescription);
             setErrorMessage(fetched.failure->description);
         }
         endLoad();
@@ -179,7 +179,7 @@ QCoro::Task<> PRDetailViewModel::loadRuns(GiteaClient client, QString sha)
         if (!runs.failure->isCancellation) {
             log(LogLevel::Warn, QStringLiteral("PR ") + QString::number(number) +
                                     QStringLiteral(": actions/runs failed: ") +
-                                    runs.failure->description);
+                                    runs.failure->logDescription);
         }
         endRunsLoad();
         co_return;
@@ -238,7 +238,7 @@ QCoro::Task<> PRDetailViewModel::loadStatuses(GiteaClient client, QString sha)
         if (!failure.isCancellation && failure.apiErrorKind != APIError::Kind::NotFound) {
             log(LogLevel::Warn, QStringLiteral("PR ") + QString::number(number) +
                                     QStringLiteral(": commit status failed: ") +
-                                    failure.description);
+                                    failure.logDescription);
         }
         endRunsLoad();
         co_return;

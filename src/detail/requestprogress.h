@@ -71,7 +71,7 @@ protected:
             co_return std::nullopt;
         if (error) {
             if (!isCancellation(error))
-                setErrorMessage(errorDescription(error));
+                setErrorMessage(localizedErrorDescription(error));
             setLoading(false);
         }
         co_return answer;

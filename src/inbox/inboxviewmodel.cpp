@@ -5,6 +5,7 @@
 #include "repositoryselection.h"
 #include "settingsstore.h"
 
+#include <QCoreApplication>
 #include <QCoroFuture>
 #include <QPointer>
 #include <algorithm>
@@ -60,7 +61,8 @@ private:
     std::coroutine_handle<> m_waiter;
 };
 
-/// One repository's open pull requests as rows, or the failure's description.
+/// One repository's open pull requests as rows, or the failure's description (in English: it goes
+/// only to the log).
 QCoro::Task<> fetchRepository(GiteaClient client, Repository repo,
                               std::shared_ptr<OutcomeCollector> collector)
 {
@@ -134,9 +136,10 @@ QCoro::Task<> InboxViewModel::load()
     if (!self)
         co_return;
     if (reposFailure) {
-        const QString description = errorDescription(reposFailure);
-        log(LogLevel::Error, QStringLiteral("Inbox load failed: ") + description);
-        setErrorMessage(description);
+        // The log says it in English, the alert in the user's language.
+        log(LogLevel::Error,
+            QStringLiteral("Inbox load failed: ") + errorDescription(reposFailure));
+        setErrorMessage(localizedErrorDescription(reposFailure));
         if (m_displayedRows.isEmpty())
             setDisplayedRows(m_cache.read().value_or(QList<PRRow>()));
         setLoading(false);
@@ -184,9 +187,9 @@ QCoro::Task<> InboxViewModel::load()
     setDisplayedRows(combined);
 
     if (combined.isEmpty() && !failures.isEmpty()) {
-        setErrorMessage(QStringLiteral("Couldn't load any PRs (%1 repo(s) failed). Check the Logs "
-                                       "screen.")
-                            .arg(failures.size()));
+        setErrorMessage(QCoreApplication::translate(
+            "InboxViewModel", "Couldn't load any PRs (%n repo(s) failed). Check the Logs screen.",
+            nullptr, int(failures.size())));
     }
     if (settings->notificationsEnabled()) {
         if (NotificationPass *pass = NotificationPass::installed())

@@ -4,6 +4,7 @@
 #include "prrow.h"
 #include "qmlservices.h"
 
+#include <QCoreApplication>
 #include <QCoroTask>
 #include <QObject>
 #include <QVariantList>
@@ -32,7 +33,8 @@ public:
     /// What the inbox says when no instance or token is set, or the instance URL does not parse.
     static QString notConfiguredText()
     {
-        return QStringLiteral("Configure your Gitea instance in Settings.");
+        return QCoreApplication::translate("InboxViewModel",
+                                           "Configure your Gitea instance in Settings.");
     }
 
     /// For QML: the settings are its engine's.

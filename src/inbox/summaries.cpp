@@ -1,5 +1,6 @@
 #include "summaries.h"
 
+#include <QCoreApplication>
 #include <QUrl>
 #include <algorithm>
 
@@ -179,11 +180,12 @@ QString ReviewState::badgeText(Value value)
 {
     switch (value) {
     case Approved:
-        return QStringLiteral("Approved");
+        return QCoreApplication::translate("ReviewState", "Approved", "review badge");
     case ChangesRequested:
-        return QStringLiteral("Changes");
+        //: The badge of a pull request whose reviewer requested changes.
+        return QCoreApplication::translate("ReviewState", "Changes", "review badge");
     case NeedsReview:
-        return QStringLiteral("Needs review");
+        return QCoreApplication::translate("ReviewState", "Needs review", "review badge");
     case Unknown:
         break;
     }
@@ -205,17 +207,32 @@ ReviewVerdict ReviewVerdict::of(const PullReview &review)
 
 QString ReviewVerdict::line(const QString &author) const
 {
-    return emoji + u' ' + author + u' ' + verb;
+    // One sentence per verdict, so that a language can put the author where it belongs.
+    QString sentence;
+    switch (state) {
+    case ReviewState::Approved:
+        sentence = QCoreApplication::translate("ReviewVerdict", "%1 approved");
+        break;
+    case ReviewState::ChangesRequested:
+        sentence = QCoreApplication::translate("ReviewVerdict", "%1 requested changes");
+        break;
+    default:
+        sentence = QCoreApplication::translate("ReviewVerdict", "%1 reviewed");
+        break;
+    }
+    return emoji + u' ' + sentence.arg(author);
 }
 
 QString authorName(const std::optional<PRUser> &user)
 {
-    return user ? user->login : QStringLiteral("unknown");
+    //: Shown instead of the login of a comment's or review's author when the server names nobody.
+    return user ? user->login : QCoreApplication::translate("Summaries", "unknown", "author");
 }
 
 QString runDisplayName(const ActionRun &run)
 {
-    return run.name.value_or(QStringLiteral("workflow"));
+    //: Shown instead of the name of a workflow run that has none.
+    return run.name.value_or(QCoreApplication::translate("Summaries", "workflow"));
 }
 
 QString isolateDirection(const QString &text)

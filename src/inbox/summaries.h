@@ -78,8 +78,8 @@ public:
     /// its author later changed their mind; reviews without either verdict need review; no
     /// reviews at all are unknown.
     static Value from(const QList<PullReview> &reviews);
-    /// The word a badge shows for `value`: "Approved", "Changes" or "Needs review"; "" for
-    /// Unknown, which shows no badge.
+    /// The word a badge shows for `value`, in the user's language: "Approved", "Changes" or
+    /// "Needs review"; "" for Unknown, which shows no badge.
     static QString badgeText(Value value);
 };
 
@@ -89,18 +89,21 @@ struct ReviewVerdict
 {
     ReviewState::Value state = ReviewState::NeedsReview;
     QString emoji;
+    /// In English ("approved"), whatever the user's language: a word of the data, not of a screen.
     QString verb;
 
     static ReviewVerdict of(const PullReview &review);
-    /// The emoji, the author and the verb, one space apart. `author` is put in as given: a screen
-    /// sets a stranger's text apart first (see isolateDirection).
+    /// The emoji, then the author with the verb in the user's language: in English one space apart.
+    /// `author` is put in as given: a screen sets a stranger's text apart first (see
+    /// isolateDirection).
     QString line(const QString &author) const;
 };
 
-/// The login a comment or review is shown under; "unknown" when the server names nobody.
+/// The login a comment or review is shown under; "unknown" (in the user's language) when the
+/// server names nobody.
 QString authorName(const std::optional<PRUser> &user);
 
-/// The name a run is shown under; "workflow" when it has none.
+/// The name a run is shown under; "workflow" (in the user's language) when it has none.
 QString runDisplayName(const ActionRun &run);
 
 /// Keeps a server's text from turning the words around it. A line such as "🔴 <login> requested

@@ -4,6 +4,7 @@
 #include "keychainhelper.h"
 #include "qmlservices.h"
 
+#include <QCoreApplication>
 #include <QCoroSignal>
 #include <QJSEngine>
 #include <QPointer>
@@ -12,8 +13,11 @@
 namespace kestrine {
 namespace {
 
-const QString warnLabel = QStringLiteral("Warn on red (allow merge with confirm)");
-const QString blockLabel = QStringLiteral("Block merge when CI is red");
+// A mode is stored as its label in English; the settings screen shows it translated (labelOf).
+const QString warnLabel =
+    QStringLiteral(QT_TRANSLATE_NOOP("SettingsStore", "Warn on red (allow merge with confirm)"));
+const QString blockLabel =
+    QStringLiteral(QT_TRANSLATE_NOOP("SettingsStore", "Block merge when CI is red"));
 
 /// A stored value read as a bool the way the platforms' defaults stores read one: a bool as it
 /// is, a number as "not zero", a string "true" or "yes" (any case) or one holding a non-zero
@@ -291,7 +295,8 @@ std::optional<GiteaClient> SettingsStore::client() const
 
 QString SettingsStore::labelOf(MergeGateMode mode)
 {
-    return mergeGateModeLabel(mode);
+    return QCoreApplication::translate("SettingsStore",
+                                       mergeGateModeLabel(mode).toUtf8().constData());
 }
 
 void SettingsStore::logout()

@@ -136,7 +136,8 @@ public:
     /// log(). Nothing without a baseURL(); an empty token still gives a client.
     std::optional<GiteaClient> client() const;
 
-    /// The label of a mode, for QML (see mergeGateModeLabel).
+    /// The label of a mode as the settings screen shows it: mergeGateModeLabel in the user's
+    /// language.
     Q_INVOKABLE static QString labelOf(kestrine::SettingsStore::MergeGateMode mode);
 
     /// Signs out: deletes both keychain items, then sets the instance URL back to the default and
@@ -202,7 +203,7 @@ private:
 
 using MergeGateMode = SettingsStore::MergeGateMode;
 
-/// The user-visible label of a mode, which is also how it is stored:
+/// The user-visible label of a mode in English, which is also how it is stored:
 /// "Warn on red (allow merge with confirm)" or "Block merge when CI is red".
 QString mergeGateModeLabel(MergeGateMode mode);
 

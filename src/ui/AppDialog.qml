@@ -11,7 +11,7 @@ Dialog {
     id: root
 
     property string message
-    property string acceptText: "OK"
+    property string acceptText: qsTr("OK")
     property string rejectText: ""
     property bool destructive: false
 

@@ -17,7 +17,7 @@ TabScroll {
         textFormat: Text.PlainText
         visible: root.vm.runsModel.count === 0
         width: parent.width
-        text: "No workflow runs for this head commit."
+        text: qsTr("No workflow runs for this head commit.")
         wrapMode: Text.Wrap
         color: Theme.secondaryText
         font.pixelSize: Theme.callout
@@ -102,13 +102,13 @@ TabScroll {
                         SmallButton {
                             objectName: "rerunButton"
                             visible: jobRow.failed
-                            text: "Re-run"
+                            text: qsTr("Re-run", "re-run the job's workflow run")
                             onClicked: root.rerun(card.runID, card.name)
                         }
                         SmallButton {
                             objectName: "logsButton"
                             visible: jobRow.hasRun
-                            text: "Logs"
+                            text: qsTr("Logs", "the job's log")
                             onClicked: root.openLogs(card.runID, jobRow.jobID, jobRow.name)
                         }
                     }
@@ -136,7 +136,7 @@ TabScroll {
             Label {
                 textFormat: Text.PlainText
                 Layout.fillWidth: true
-                text: "Commit statuses"
+                text: qsTr("Commit statuses")
                 color: Theme.primaryText
                 font.pixelSize: Theme.subheadline
                 font.weight: Font.DemiBold
@@ -194,7 +194,7 @@ TabScroll {
                         objectName: "statusDetailsButton"
                         Layout.alignment: Qt.AlignTop
                         visible: statusRow.detailsUrl !== ""
-                        text: "Details"
+                        text: qsTr("Details", "opens the commit status's page")
                         onClicked: ExternalLinks.open(statusRow.detailsUrl)
                     }
                 }

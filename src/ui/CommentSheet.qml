@@ -21,9 +21,10 @@ Sheet {
     property int shownMode: mode
     property string text: ""
     readonly property string modeTitle: shownMode === CommentSheet.Approve
-                                        ? "Approve"
-                                        : shownMode === CommentSheet.RequestChanges ? "Request changes"
-                                                                                     : "Comment"
+                                        ? qsTr("Approve", "sheet title")
+                                        : shownMode === CommentSheet.RequestChanges
+                                          ? qsTr("Request changes", "sheet title")
+                                          : qsTr("Comment", "sheet title: write a comment")
     readonly property bool canSubmit: text.trim() !== ""
     // Characters as typed and as a person sees them, blanks and line breaks included: "👍🏽", an
     // accented letter made of two code points, a flag or "\r\n" each count once.
@@ -60,12 +61,12 @@ Sheet {
 
     leading: TextNavButton {
         objectName: "commentCancelButton"
-        text: "Cancel"
+        text: qsTr("Cancel")
         onClicked: root.close()
     }
     trailing: TextNavButton {
         objectName: "submitButton"
-        text: "Submit"
+        text: qsTr("Submit")
         prominent: true
         enabled: root.canSubmit
         onClicked: root.submit()
@@ -116,7 +117,7 @@ Sheet {
         Label {
             objectName: "characterCount"
             textFormat: Text.PlainText
-            text: root.characterCount + " characters"
+            text: qsTr("%n character(s)", "", root.characterCount)
             color: Theme.secondaryText
             font.pixelSize: Theme.caption2
         }

@@ -11,7 +11,7 @@ TabScroll {
         objectName: "reviewsHeading"
         textFormat: Text.PlainText
         visible: root.vm.reviewsModel.count > 0
-        text: "Reviews"
+        text: qsTr("Reviews", "heading")
         color: Theme.primaryText
         font.pixelSize: Theme.headline
         font.weight: Font.DemiBold
@@ -59,7 +59,7 @@ TabScroll {
 
     Label {
         textFormat: Text.PlainText
-        text: "Comments"
+        text: qsTr("Comments", "heading")
         color: Theme.primaryText
         font.pixelSize: Theme.headline
         font.weight: Font.DemiBold
@@ -69,7 +69,7 @@ TabScroll {
         objectName: "noComments"
         textFormat: Text.PlainText
         visible: root.vm.commentsModel.count === 0
-        text: "No comments yet."
+        text: qsTr("No comments yet.")
         color: Theme.secondaryText
         font.pixelSize: Theme.callout
     }
@@ -130,7 +130,7 @@ TabScroll {
         textFormat: Text.PlainText
         width: parent.width
         topPadding: 6
-        text: "Inline file comments are not shown — the Gitea API does not expose them."
+        text: qsTr("Inline file comments are not shown — the Gitea API does not expose them.")
         wrapMode: Text.Wrap
         color: Theme.secondaryText
         font.pixelSize: Theme.caption2

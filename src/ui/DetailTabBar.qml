@@ -9,22 +9,27 @@ import Kestrine
 Rectangle {
     id: root
 
-    // The tabs in order; also the order of swiping.
+    // The tabs in order; also the order of swiping. `name` is the English title, which names the
+    // tab's button whatever the language.
     readonly property var tabs: [
         {
-            "title": "Overview",
+            "name": "Overview",
+            "title": qsTr("Overview", "tab"),
             "symbol": "doc.text"
         },
         {
-            "title": "Conversation",
+            "name": "Conversation",
+            "title": qsTr("Conversation", "tab"),
             "symbol": "bubble.left.and.bubble.right"
         },
         {
-            "title": "Files",
+            "name": "Files",
+            "title": qsTr("Files", "tab"),
             "symbol": "doc.plaintext"
         },
         {
-            "title": "Checks",
+            "name": "Checks",
+            "title": qsTr("Checks", "tab"),
             "symbol": "checkmark.circle"
         }
     ]
@@ -74,7 +79,7 @@ Rectangle {
                 required property var modelData
                 readonly property bool selected: index === root.currentIndex
 
-                objectName: "tab_" + modelData.title
+                objectName: "tab_" + modelData.name
                 Layout.fillWidth: true
                 Layout.preferredWidth: 1
                 implicitHeight: content.implicitHeight + 12

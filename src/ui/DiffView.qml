@@ -36,7 +36,7 @@ Page {
     ProgressState {
         anchors.fill: parent
         visible: diff.isLoading
-        text: "Loading diff…"
+        text: qsTr("Loading diff…")
         z: 2
     }
 
@@ -44,7 +44,7 @@ Page {
         objectName: "diffErrorState"
         anchors.fill: parent
         visible: !diff.isLoading && diff.errorMessage !== ""
-        title: "Couldn't load diff"
+        title: qsTr("Couldn't load diff")
         symbol: "exclamationmark.triangle"
         description: diff.errorMessage
     }

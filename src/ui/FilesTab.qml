@@ -105,7 +105,7 @@ Item {
             textFormat: Text.PlainText
             leftPadding: Theme.margin
             topPadding: Theme.margin - 6
-            text: "No changed files."
+            text: qsTr("No changed files.")
             color: Theme.secondaryText
             font.pixelSize: Theme.callout
         }

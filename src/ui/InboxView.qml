@@ -95,15 +95,16 @@ Page {
         spacing: 0
 
         NavBar {
+            objectName: "inboxNavBar"
             Layout.fillWidth: true
-            title: "Pull Requests"
+            title: qsTr("Pull Requests")
             large: true
             showSeparator: !searchBar.visible
 
             NavButton {
                 objectName: "settingsButton"
                 symbol: "gearshape"
-                Accessible.name: "Settings"
+                Accessible.name: qsTr("Settings")
                 onClicked: root.openSettings()
             }
         }
@@ -122,7 +123,7 @@ Page {
                 anchors.top: parent.top
                 anchors.horizontalCenter: parent.horizontalCenter
                 width: Math.min(parent.width, Theme.maxContentWidth) - 2 * Theme.margin
-                Accessible.name: "Search pull requests"
+                Accessible.name: qsTr("Search pull requests")
             }
 
             Rectangle {
@@ -166,9 +167,9 @@ Page {
         objectName: "notConfiguredState"
         anchors.fill: parent
         visible: root.content === "notConfigured"
-        title: "Not configured"
+        title: qsTr("Not configured")
         symbol: "key"
-        description: "Add your Gitea instance and token in Settings."
+        description: qsTr("Add your Gitea instance and token in Settings.")
     }
 
     Flickable {
@@ -184,9 +185,9 @@ Page {
             objectName: "noOpenPRsState"
             width: emptyScroll.width
             height: Math.max(emptyScroll.height, 400)
-            title: "No open PRs"
+            title: qsTr("No open PRs")
             symbol: "tray"
-            description: "Pull down to refresh."
+            description: qsTr("Pull down to refresh.")
         }
     }
 
@@ -232,9 +233,9 @@ Page {
         objectName: "noMatchesState"
         anchors.fill: list
         visible: root.noMatches
-        title: "No matches for “" + Bidi.isolate(searchRows.searchText.trim()) + "”"
+        title: qsTr("No matches for “%1”").arg(Bidi.isolate(searchRows.searchText.trim()))
         symbol: "magnifyingglass"
-        description: "Check the spelling or try other words."
+        description: qsTr("Check the spelling or try other words.")
     }
 
     PullToRefresh {
@@ -249,9 +250,9 @@ Page {
     AppDialog {
         id: errorAlert
         objectName: "inboxErrorAlert"
-        title: "Error"
+        title: qsTr("Error")
         message: root.vm.errorMessage
-        acceptText: "OK"
+        acceptText: qsTr("OK")
         onClosed: root.vm.dismissError()
     }
 

@@ -36,7 +36,7 @@ Page {
         NavButton {
             objectName: "shareButton"
             symbol: "square.and.arrow.up"
-            Accessible.name: "Share"
+            Accessible.name: qsTr("Share")
             // Its length, not a comparison with "": comparing a JavaScript string hashes all of it,
             // some milliseconds for a log of megabytes.
             enabled: root.log.text.length > 0
@@ -62,14 +62,14 @@ Page {
         objectName: "logProgress"
         anchors.fill: parent
         visible: log.isLoading || chunks.splitting
-        text: "Loading logs…"
+        text: qsTr("Loading logs…")
     }
 
     EmptyState {
         objectName: "logErrorState"
         anchors.fill: parent
         visible: !log.isLoading && log.errorMessage !== ""
-        title: "Couldn't load logs"
+        title: qsTr("Couldn't load logs")
         symbol: "doc.text"
         description: log.errorMessage
     }

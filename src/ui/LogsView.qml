@@ -39,12 +39,12 @@ Page {
     }
 
     header: NavBar {
-        title: "Logs"
+        title: qsTr("Logs", "the diagnostic log")
         showBack: true
         onBack: root.StackView.view.pop()
         leading: TextNavButton {
             objectName: "clearButton"
-            text: "Clear"
+            text: qsTr("Clear", "empties the log")
             enabled: !root.isEmpty
             onClicked: LogStore.clear()
         }
@@ -52,7 +52,7 @@ Page {
         NavButton {
             objectName: "shareButton"
             symbol: "square.and.arrow.up"
-            Accessible.name: "Share"
+            Accessible.name: qsTr("Share")
             enabled: !root.isEmpty
             onClicked: root.share()
         }
@@ -62,9 +62,9 @@ Page {
         objectName: "noLogsState"
         anchors.fill: parent
         visible: root.isEmpty
-        title: "No logs yet"
+        title: qsTr("No logs yet")
         symbol: "doc.text"
-        description: "Run the app and reproduce the issue, then come back here."
+        description: qsTr("Run the app and reproduce the issue, then come back here.")
     }
 
     ListView {
@@ -106,7 +106,7 @@ Page {
                     Label {
                         objectName: "entryTime"
                         textFormat: Text.PlainText
-                        text: Qt.formatTime(entry.modelData.timestamp, "HH:mm:ss")
+                        text: TimeOfDay.of(entry.modelData.timestamp)
                         color: Theme.secondaryText
                         font.pixelSize: Theme.caption2
                     }

@@ -25,7 +25,7 @@ Sheet {
         vm.startMerge(method);
     }
 
-    title: "Merge"
+    title: qsTr("Merge", "sheet title")
     backgroundColor: Theme.groupedBackground
     dismissable: !isMerging
     height: parent ? Math.min(parent.height - 24, 470) : 470
@@ -52,7 +52,7 @@ Sheet {
     leading: TextNavButton {
         objectName: "mergeCancelButton"
         visible: !root.isMerging
-        text: "Cancel"
+        text: qsTr("Cancel")
         onClicked: root.close()
     }
     trailing: [
@@ -71,7 +71,7 @@ Sheet {
         TextNavButton {
             objectName: "mergeConfirmButton"
             visible: !root.isMerging
-            text: "Merge"
+            text: qsTr("Merge", "button: merge now")
             prominent: true
             enabled: root.vm.mergeAllowed
             onClicked: root.merge()
@@ -93,7 +93,7 @@ Sheet {
 
             FormSection {
                 Layout.fillWidth: true
-                header: "Merge method"
+                header: qsTr("Merge method")
 
                 Repeater {
                     model: root.vm.mergeMethods
@@ -115,7 +115,7 @@ Sheet {
                     Label {
                         textFormat: Text.PlainText
                         Layout.fillWidth: true
-                        text: "CI"
+                        text: qsTr("CI")
                         color: Theme.primaryText
                         font.pixelSize: Theme.body
                     }
@@ -143,13 +143,13 @@ Sheet {
                         text: {
                             switch (root.ciStatus) {
                             case CIStatus.Running:
-                                return "Running";
+                                return qsTr("Running", "CI state");
                             case CIStatus.Success:
-                                return "Passing";
+                                return qsTr("Passing", "CI state");
                             case CIStatus.Failure:
-                                return "Failing";
+                                return qsTr("Failing", "CI state");
                             default:
-                                return "Unknown";
+                                return qsTr("Unknown", "CI state");
                             }
                         }
                         color: {

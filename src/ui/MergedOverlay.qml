@@ -55,7 +55,7 @@ Popup {
                 objectName: "mergedText"
                 textFormat: Text.PlainText
                 Layout.alignment: Qt.AlignHCenter
-                text: "Merged"
+                text: qsTr("Merged")
                 color: "white"
                 font.pixelSize: Theme.title2
                 font.weight: Font.DemiBold

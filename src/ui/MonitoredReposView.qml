@@ -38,7 +38,7 @@ Page {
     }
 
     header: NavBar {
-        title: "Monitored repos"
+        title: qsTr("Monitored repos")
         showBack: true
         color: Theme.groupedBackground
         onBack: root.StackView.view.pop()
@@ -51,14 +51,14 @@ Page {
     ProgressState {
         anchors.fill: parent
         visible: loader.isLoading
-        text: "Loading repos…"
+        text: qsTr("Loading repos…")
     }
 
     EmptyState {
         objectName: "reposErrorState"
         anchors.fill: parent
         visible: !loader.isLoading && loader.errorMessage !== ""
-        title: "Couldn't load repos"
+        title: qsTr("Couldn't load repos")
         symbol: "exclamationmark.triangle"
         description: loader.errorMessage
     }
@@ -83,7 +83,7 @@ Page {
 
                 FormCheckRow {
                     objectName: "monitorAllRow"
-                    text: "Monitor all repos"
+                    text: qsTr("Monitor all repos")
                     checked: root.selection.length === 0
                     onClicked: root.monitorAll()
                 }
@@ -91,7 +91,7 @@ Page {
 
             FormSection {
                 Layout.fillWidth: true
-                header: "Monitored"
+                header: qsTr("Monitored", "section of the watched repositories")
 
                 Repeater {
                     model: loader.repos

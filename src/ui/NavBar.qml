@@ -32,7 +32,7 @@ Rectangle {
             objectName: "backButton"
             visible: root.showBack
             symbol: "chevron.left"
-            Accessible.name: "Back"
+            Accessible.name: qsTr("Back")
             onClicked: root.back()
         }
 

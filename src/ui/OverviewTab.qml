@@ -19,7 +19,7 @@ TabScroll {
         objectName: "noDescription"
         textFormat: Text.PlainText
         visible: root.body === ""
-        text: "No description."
+        text: qsTr("No description.")
         color: Theme.secondaryText
         font.pixelSize: Theme.callout
     }

@@ -88,7 +88,7 @@ Page {
         if (vm.webUrl === "")
             return;
         ShareService.copyText(vm.webUrl);
-        toast.show("Link copied");
+        toast.show(qsTr("Link copied"));
     }
 
     function dismiss() {
@@ -130,7 +130,7 @@ Page {
             objectName: "reloadButton"
             visible: !root.vm.hasPr && root.vm.errorMessage !== ""
             symbol: "arrow.clockwise"
-            Accessible.name: "Reload"
+            Accessible.name: qsTr("Reload")
             onClicked: root.vm.refresh()
         }
         NavButton {
@@ -138,7 +138,7 @@ Page {
             visible: root.prIsOpen
             enabled: root.mergeEnabled
             symbol: "arrow.triangle.merge"
-            Accessible.name: "Merge"
+            Accessible.name: qsTr("Merge", "action: merge the pull request")
             onClicked: root.openMergeSheet()
         }
         NavButton {
@@ -147,7 +147,7 @@ Page {
             visible: root.prIsOpen
             enabled: root.vm.busyMessage === ""
             symbol: "checkmark.bubble"
-            Accessible.name: "Review"
+            Accessible.name: qsTr("Review", "action: review the pull request")
             onClicked: reviewMenu.popup(reviewButton, reviewButton.width - reviewMenu.width,
                                         reviewButton.height)
 
@@ -158,17 +158,17 @@ Page {
 
                 MenuItem {
                     objectName: "commentItem"
-                    text: "Comment"
+                    text: qsTr("Comment", "menu action: write a comment")
                     onTriggered: root.openCommentSheet(false)
                 }
                 MenuItem {
                     objectName: "approveItem"
-                    text: "Approve"
+                    text: qsTr("Approve", "menu action")
                     onTriggered: root.approve()
                 }
                 MenuItem {
                     objectName: "requestChangesItem"
-                    text: "Request changes"
+                    text: qsTr("Request changes", "menu action")
                     onTriggered: root.openCommentSheet(true)
                 }
                 MenuSeparator {}
@@ -177,7 +177,8 @@ Page {
                 MenuItem {
                     id: stateItem
                     objectName: "closeItem"
-                    text: root.prIsOpen ? "Close" : "Reopen"
+                    text: root.prIsOpen ? qsTr("Close", "close the pull request")
+                                        : qsTr("Reopen", "reopen the pull request")
                     onTriggered: {
                         if (root.prIsOpen)
                             closeConfirm.open();
@@ -207,14 +208,14 @@ Page {
         objectName: "loadingState"
         anchors.fill: parent
         visible: !root.vm.hasPr && root.vm.errorMessage === ""
-        text: "Loading…"
+        text: qsTr("Loading…")
     }
 
     EmptyState {
         objectName: "loadFailedState"
         anchors.fill: parent
         visible: !root.vm.hasPr && root.vm.errorMessage !== ""
-        title: "Couldn't load PR"
+        title: qsTr("Couldn't load PR")
         symbol: "exclamationmark.triangle"
         description: root.vm.errorMessage
     }
@@ -292,7 +293,7 @@ Page {
                         Accessible.role: isLink ? Accessible.Link : Accessible.StaticText
                         Accessible.name: prReference.text
                         Accessible.description: isLink
-                                                ? "Opens the pull request in the browser. A long press copies the link."
+                                                ? qsTr("Opens the pull request in the browser. A long press copies the link.")
                                                 : ""
                         Accessible.focusable: isLink
                         Accessible.onPressAction: root.openWebPage()
@@ -366,7 +367,7 @@ Page {
                         objectName: "headerDraft"
                         textFormat: Text.PlainText
                         visible: root.vm.hasPr && root.vm.pr.draft === true
-                        text: "Draft"
+                        text: qsTr("Draft", "a draft pull request")
                         color: Theme.secondaryText
                         font.pixelSize: Theme.caption2
                     }
@@ -448,9 +449,9 @@ Page {
     AppDialog {
         id: errorAlert
         objectName: "detailErrorAlert"
-        title: "Error"
+        title: qsTr("Error")
         message: root.vm.errorMessage
-        acceptText: "OK"
+        acceptText: qsTr("OK")
         onClosed: root.vm.clearErrorMessage()
     }
 
@@ -465,10 +466,10 @@ Page {
     AppDialog {
         id: closeConfirm
         objectName: "closeConfirm"
-        title: "Close this PR?"
-        message: "This will close the pull request."
-        acceptText: "Close"
-        rejectText: "Cancel"
+        title: qsTr("Close this PR?")
+        message: qsTr("This will close the pull request.")
+        acceptText: qsTr("Close", "close the pull request")
+        rejectText: qsTr("Cancel")
         destructive: true
         onAccepted: root.vm.startSetState("closed")
     }
@@ -476,11 +477,11 @@ Page {
     AppDialog {
         id: rerunConfirm
         objectName: "rerunConfirm"
-        title: "Re-run workflow?"
+        title: qsTr("Re-run workflow?")
         message: root.showRerunConfirm !== null
-                 ? "Re-run \"" + Bidi.isolate(root.rerunName) + "\"?" : ""
-        acceptText: "Re-run"
-        rejectText: "Cancel"
+                 ? qsTr("Re-run \"%1\"?").arg(Bidi.isolate(root.rerunName)) : ""
+        acceptText: qsTr("Re-run", "re-run the workflow run")
+        rejectText: qsTr("Cancel")
         onAccepted: {
             root.vm.startRerun(root.showRerunConfirm);
             root.showRerunConfirm = null;

@@ -40,7 +40,7 @@ ItemDelegate {
                     objectName: "rowDraft"
                     textFormat: Text.PlainText
                     visible: root.pr.draft === true
-                    text: "Draft"
+                    text: qsTr("Draft", "a draft pull request")
                     color: Theme.secondaryText
                     font.pixelSize: Theme.subheadline
                 }

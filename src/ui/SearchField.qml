@@ -8,7 +8,7 @@ import Kestrine
 TextField {
     id: root
 
-    placeholderText: "Search"
+    placeholderText: qsTr("Search")
     leftPadding: 38
     rightPadding: clearButton.visible ? clearButton.width + 4 : 12
     topPadding: 9
@@ -70,7 +70,7 @@ TextField {
         icon.height: 18
         icon.color: Theme.grey
         display: AbstractButton.IconOnly
-        Accessible.name: "Clear search"
+        Accessible.name: qsTr("Clear search")
         onClicked: root.clear()
     }
 }

@@ -66,17 +66,17 @@ Page {
     }
 
     header: NavBar {
-        title: "Settings"
+        title: qsTr("Settings")
         color: Theme.groupedBackground
         leading: TextNavButton {
             objectName: "cancelButton"
-            text: "Cancel"
+            text: qsTr("Cancel")
             onClicked: root.cancel()
         }
 
         TextNavButton {
             objectName: "saveButton"
-            text: "Save"
+            text: qsTr("Save")
             prominent: true
             enabled: root.canSave
             onClicked: root.save()
@@ -103,7 +103,7 @@ Page {
 
             FormSection {
                 Layout.fillWidth: true
-                header: "Server"
+                header: qsTr("Server")
 
                 FormRow {
                     ColumnLayout {
@@ -111,7 +111,7 @@ Page {
                         spacing: 2
                         Label {
                             textFormat: Text.PlainText
-                            text: "Instance URL"
+                            text: qsTr("Instance URL")
                             color: Theme.secondaryText
                             font.pixelSize: Theme.caption
                         }
@@ -136,7 +136,7 @@ Page {
                         spacing: 2
                         Label {
                             textFormat: Text.PlainText
-                            text: "Personal access token"
+                            text: qsTr("Personal access token")
                             color: Theme.secondaryText
                             font.pixelSize: Theme.caption
                         }
@@ -146,7 +146,7 @@ Page {
                             Layout.fillWidth: true
                             text: root.token
                             echoMode: TextInput.Password
-                            placeholderText: "Personal access token"
+                            placeholderText: qsTr("Personal access token")
                             inputMethodHints: Qt.ImhSensitiveData | Qt.ImhNoAutoUppercase
                                               | Qt.ImhNoPredictiveText
                             font.pixelSize: Theme.body
@@ -164,7 +164,7 @@ Page {
                         objectName: "testConnectionButton"
                         textFormat: Text.PlainText
                         Layout.fillWidth: true
-                        text: tester.testing ? "Testing…" : "Test connection"
+                        text: tester.testing ? qsTr("Testing…") : qsTr("Test connection")
                         color: tester.testing ? Theme.grey : Theme.accent
                         font.pixelSize: Theme.body
                     }
@@ -189,7 +189,8 @@ Page {
                         objectName: "testResultText"
                         textFormat: Text.PlainText
                         Layout.fillWidth: true
-                        text: tester.succeeded ? "Connected as " + Bidi.isolate(tester.resultText) : tester.resultText
+                        text: tester.succeeded ? qsTr("Connected as %1").arg(Bidi.isolate(tester.resultText))
+                                                : tester.resultText
                         color: tester.succeeded ? Theme.green : Theme.red
                         font.pixelSize: Theme.callout
                         wrapMode: Text.Wrap
@@ -199,13 +200,13 @@ Page {
 
             FormSection {
                 Layout.fillWidth: true
-                header: "Merge gating"
+                header: qsTr("Merge gating")
 
                 FormRow {
                     Label {
                         textFormat: Text.PlainText
                         Layout.fillWidth: true
-                        text: "Merge behavior"
+                        text: qsTr("Merge behavior")
                         color: Theme.secondaryText
                         font.pixelSize: Theme.footnote
                     }
@@ -226,7 +227,7 @@ Page {
                     Label {
                         textFormat: Text.PlainText
                         Layout.fillWidth: true
-                        text: "Warn mode shows CI status and allows merging a red PR after confirmation. Block mode disables merge while any check is failing."
+                        text: qsTr("Warn mode shows CI status and allows merging a red PR after confirmation. Block mode disables merge while any check is failing.")
                         wrapMode: Text.Wrap
                         color: Theme.secondaryText
                         font.pixelSize: Theme.caption
@@ -234,7 +235,7 @@ Page {
                 }
                 FormSwitchRow {
                     objectName: "deleteBranchRow"
-                    text: "Delete branch after merge"
+                    text: qsTr("Delete branch after merge")
                     checked: root.deleteBranchAfterMerge
                     onToggled: on => root.deleteBranchAfterMerge = on
                 }
@@ -242,24 +243,24 @@ Page {
 
             FormSection {
                 Layout.fillWidth: true
-                header: "Inbox"
-                footer: "Limit the landing page to specific repos to speed it up. Leave empty to monitor all accessible repos."
+                header: qsTr("Inbox")
+                footer: qsTr("Limit the landing page to specific repos to speed it up. Leave empty to monitor all accessible repos.")
 
                 FormLinkRow {
                     objectName: "monitoredReposLink"
-                    text: "Monitored repos"
+                    text: qsTr("Monitored repos")
                     onClicked: root.StackView.view.push(monitoredReposScreen)
                 }
             }
 
             FormSection {
                 Layout.fillWidth: true
-                header: "Notifications"
-                footer: "Check periodically for new PRs and CI status changes, then send a local notification. Best-effort: iOS schedules this opportunistically (~15 min) and only when the app was used recently."
+                header: qsTr("Notifications", "section heading")
+                footer: qsTr("Check periodically for new PRs and CI status changes, then send a local notification. Best-effort: iOS schedules this opportunistically (~15 min) and only when the app was used recently.")
 
                 FormSwitchRow {
                     objectName: "notificationsRow"
-                    text: "Notifications"
+                    text: qsTr("Notifications", "switch")
                     checked: root.notificationsEnabled
                     onToggled: on => root.notificationsEnabled = on
                 }
@@ -267,11 +268,11 @@ Page {
 
             FormSection {
                 Layout.fillWidth: true
-                header: "Diagnostics"
+                header: qsTr("Diagnostics")
 
                 FormLinkRow {
                     objectName: "viewLogsLink"
-                    text: "View logs"
+                    text: qsTr("View logs")
                     onClicked: root.StackView.view.push(logsScreen)
                 }
             }
@@ -290,7 +291,7 @@ Page {
                         textFormat: Text.PlainText
                         Layout.fillWidth: true
                         horizontalAlignment: Text.AlignHCenter
-                        text: "Log out"
+                        text: qsTr("Log out")
                         color: parent.enabled ? Theme.red : Theme.alpha(Theme.red, 0.4)
                         font.pixelSize: Theme.body
                     }
@@ -302,9 +303,9 @@ Page {
     AppDialog {
         id: logoutConfirm
         objectName: "logoutConfirm"
-        title: "Log out?"
-        acceptText: "Log out"
-        rejectText: "Cancel"
+        title: qsTr("Log out?")
+        acceptText: qsTr("Log out")
+        rejectText: qsTr("Cancel")
         destructive: true
         onAccepted: root.logout()
     }

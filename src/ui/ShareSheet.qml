@@ -22,17 +22,17 @@ Sheet {
 
     function copy() {
         ShareService.copyText(sharedText);
-        status = "Copied to the clipboard.";
+        status = qsTr("Copied to the clipboard.");
         statusIsError = false;
     }
 
     function saveTo(fileUrl) {
         const error = ShareService.saveText(sharedText, fileUrl);
-        status = error === "" ? "Saved." : error;
+        status = error === "" ? qsTr("Saved.") : error;
         statusIsError = error !== "";
     }
 
-    title: "Share"
+    title: qsTr("Share")
     backgroundColor: Theme.groupedBackground
     height: parent ? Math.min(parent.height - 24, 520) : 520
 
@@ -44,7 +44,7 @@ Sheet {
 
     trailing: TextNavButton {
         objectName: "shareDoneButton"
-        text: "Done"
+        text: qsTr("Done")
         prominent: true
         onClicked: root.close()
     }
@@ -61,7 +61,7 @@ Sheet {
             text: {
                 const lines = root.sharedText === "" ? 0 : root.sharedText.split("\n").length;
                 const kilobytes = Math.max(1, Math.round(root.sharedText.length / 1024));
-                return lines + (lines === 1 ? " line" : " lines") + " · " + kilobytes + " KB";
+                return qsTr("%n line(s) · %1 KB", "", lines).arg(kilobytes);
             }
             color: Theme.secondaryText
             font.pixelSize: Theme.footnote
@@ -103,7 +103,7 @@ Sheet {
                 Label {
                     textFormat: Text.PlainText
                     Layout.fillWidth: true
-                    text: "Copy to clipboard"
+                    text: qsTr("Copy to clipboard")
                     color: Theme.primaryText
                     font.pixelSize: Theme.body
                 }
@@ -119,7 +119,7 @@ Sheet {
                 Label {
                     textFormat: Text.PlainText
                     Layout.fillWidth: true
-                    text: "Save to file…"
+                    text: qsTr("Save to file…")
                     color: Theme.primaryText
                     font.pixelSize: Theme.body
                 }
@@ -141,11 +141,11 @@ Sheet {
 
     FileDialog {
         id: saveDialog
-        title: "Save to file"
+        title: qsTr("Save to file")
         fileMode: FileDialog.SaveFile
         currentFolder: ShareService.defaultFolder()
         selectedFile: ShareService.defaultFolder() + "/" + root.fileName
-        nameFilters: ["Text files (*.txt)", "All files (*)"]
+        nameFilters: [qsTr("Text files (*.txt)"), qsTr("All files (*)")]
         onAccepted: root.saveTo(selectedFile)
     }
 }

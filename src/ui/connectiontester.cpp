@@ -4,6 +4,7 @@
 #include "giteaclient.h"
 #include "settingsstore.h"
 
+#include <QCoreApplication>
 #include <QPointer>
 
 namespace kestrine::ui {
@@ -51,7 +52,7 @@ QCoro::Task<> ConnectionTester::run(QString instanceURL, QString token)
 
     const std::optional<QUrl> url = baseURL(instanceURL.trimmed());
     if (!url) {
-        setResult(true, false, QStringLiteral("Invalid URL"));
+        setResult(true, false, QCoreApplication::translate("ConnectionTester", "Invalid URL"));
         setTesting(false);
         co_return;
     }
@@ -73,7 +74,7 @@ QCoro::Task<> ConnectionTester::run(QString instanceURL, QString token)
         // A newer test (or the screen going away) cancelled this one: it has nothing to say.
         if (!self || self->m_scope != scope || isCancellation(error))
             co_return;
-        setResult(true, false, errorDescription(error));
+        setResult(true, false, localizedErrorDescription(error));
     }
     setTesting(false);
 }

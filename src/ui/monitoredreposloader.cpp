@@ -58,7 +58,7 @@ QCoro::Task<> MonitoredReposLoader::load()
         const std::exception_ptr error = std::current_exception();
         if (!self || isCancellation(error))
             co_return;
-        setErrorMessage(errorDescription(error));
+        setErrorMessage(localizedErrorDescription(error));
     }
     setLoading(false);
 }

@@ -9,8 +9,9 @@
 namespace kestrine::ui {
 
 /// Times relative to now, as a phone shows them: "2 hr. ago" in lists, "5 minutes ago" in the
-/// conversation. The largest unit that fits whole is used (seconds, minutes, hours, days, weeks,
-/// months of 30 days, years of 365 days), counted down; later times read "in 5 min.".
+/// conversation ("vor 2 Std.", "vor 5 Minuten" in German). The largest unit that fits whole is
+/// used (seconds, minutes, hours, days, weeks, months of 30 days, years of 365 days), counted
+/// down; later times read "in 5 min.".
 ///
 /// For QML, `now` advances every 30 seconds, so that bindings written as
 /// `RelativeTime.abbreviated(date, RelativeTime.now)` stay current on a screen left open.
@@ -33,6 +34,7 @@ public:
 
     QDateTime now() const { return m_now; }
 
+    /// In the language of the installed catalogue; English needs its own for the plural forms.
     static QString format(const QDateTime &date, const QDateTime &now, Style style);
 
     /// `date` is a date, or a record's date text ("2024-05-01T10:20:30Z"); "" when it is invalid,

@@ -26,12 +26,13 @@ QString ShareService::saveText(const QString &text, const QUrl &fileUrl) const
 {
     const QString path = fileUrl.isLocalFile() ? fileUrl.toLocalFile() : QString();
     if (path.isEmpty())
-        return QStringLiteral("Cannot write to %1: not a local file").arg(fileUrl.toString());
+        return QCoreApplication::translate("ShareService", "Cannot write to %1: not a local file")
+            .arg(fileUrl.toString());
     // All or nothing: a failed write leaves an existing file as it was.
     QSaveFile file(path);
     const QByteArray bytes = text.toUtf8();
     if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.commit())
-        return QStringLiteral("Cannot write %1: %2")
+        return QCoreApplication::translate("ShareService", "Cannot write %1: %2")
             .arg(QDir::toNativeSeparators(path), file.errorString());
     return {};
 }

@@ -8,8 +8,19 @@
 #include "teststores.h"
 
 #include <QFile>
+#include <QJsonObject>
 
 namespace kestrine::testing {
+
+/// A repository as Gitea lists it: `owner`/`name`, with `id`.
+inline QJsonObject repoJson(const QString &owner, const QString &name, qint64 id)
+{
+    return {{QStringLiteral("id"), id},
+            {QStringLiteral("name"), name},
+            {QStringLiteral("full_name"), owner + u'/' + name},
+            {QStringLiteral("owner"),
+             QJsonObject{{QStringLiteral("id"), 1}, {QStringLiteral("login"), owner}}}};
+}
 
 inline void prepareInbox(TestStores &stores, const FakeGiteaServer &server)
 {

@@ -18,19 +18,11 @@
 
 using namespace kestrine;
 using kestrine::testing::BusyPool;
+using kestrine::testing::repoJson;
 using kestrine::testing::runToEnd;
 using kestrine::testing::TestStores;
 
 namespace {
-
-QJsonObject repoJson(const QString &owner, const QString &name, qint64 id)
-{
-    return {{QStringLiteral("id"), id},
-            {QStringLiteral("name"), name},
-            {QStringLiteral("full_name"), owner + u'/' + name},
-            {QStringLiteral("owner"),
-             QJsonObject{{QStringLiteral("id"), 1}, {QStringLiteral("login"), owner}}}};
-}
 
 QJsonObject pullJson(qint64 number, const QString &title, const QString &updatedAt)
 {

@@ -12,6 +12,7 @@
 #include "qmlservices.h"
 #include "storagemode.h"
 #include "testgitea.h"
+#include "translations.h"
 
 #include <QCoreApplication>
 #include <QQmlContext>
@@ -33,6 +34,8 @@ public slots:
         QCoreApplication::setApplicationName(QStringLiteral("kestrine"));
         QCoreApplication::setOrganizationDomain(QStringLiteral("norrum.com"));
         QQuickStyle::setStyle(QStringLiteral("Material"));
+        // In the language run-isolated gives the test: English unless its LOCALE names another.
+        kestrine::i18n::installTranslations();
         if (qEnvironmentVariableIntValue("KESTRINE_TEST_KEYCHAIN") != 1 &&
             !kestrine::Storage::useEphemeral())
             qFatal("The tests' private storage could not be set up.");
