@@ -940,16 +940,40 @@ Jede Seite jeder Liste wird abgerufen, bis zu 100 Seiten; eine dort gekürzte Li
 <context>
     <name>KestrineApp</name>
     <message>
-        <source>Review and merge the pull requests of a Gitea instance.</source>
-        <translation>Pull-Requests einer Gitea-Instanz reviewen und mergen.</translation>
-    </message>
-    <message>
         <source>Run against the built-in demo instance, without reading or changing your saved settings.</source>
         <translation>Mit der eingebauten Demo-Instanz arbeiten, ohne deine gespeicherten Einstellungen zu lesen oder zu ändern.</translation>
     </message>
     <message>
         <source>The window could not be created.</source>
         <translation>Das Fenster konnte nicht erstellt werden.</translation>
+    </message>
+    <message>
+        <source>Try &apos;kestrine --help&apos; for more information.</source>
+        <translation>&apos;kestrine --help&apos; zeigt mehr.</translation>
+    </message>
+    <message>
+        <source>Review and merge the pull requests of a Gitea instance.
+
+Kestrine has one window: started while it runs, it brings that window to the front
+instead of opening another, and exits with status 0. The demo is an app of its own
+in that respect; it and your own can run side by side.</source>
+        <translation>Pull-Requests einer Gitea-Instanz prüfen und mergen.
+
+Kestrine hat ein Fenster: Wird es gestartet, während es läuft, holt es dieses Fenster
+in den Vordergrund, statt ein weiteres zu öffnen, und endet mit Status 0. Die Demo ist
+darin eine eigene App; sie und deine eigene können nebeneinander laufen.</translation>
+    </message>
+    <message>
+        <source>Show this pull request, such as ann/tool#7, on top of the inbox; when Kestrine already runs, its window shows it.</source>
+        <translation>Diesen Pull-Request, etwa ann/tool#7, über dem Posteingang zeigen; läuft Kestrine schon, zeigt ihn dessen Fenster.</translation>
+    </message>
+    <message>
+        <source>--open takes %1, such as ann/tool#7</source>
+        <translation>--open erwartet %1, etwa ann/tool#7</translation>
+    </message>
+    <message>
+        <source>Kestrine is already running but could not be brought to the front: %1</source>
+        <translation>Kestrine läuft bereits, konnte aber nicht in den Vordergrund geholt werden: %1</translation>
     </message>
 </context>
 <context>
@@ -1131,6 +1155,11 @@ Jede Seite jeder Liste wird abgerufen, bis zu 100 Seiten; eine dort gekürzte Li
         <source>%1 — %2</source>
         <extracomment>A notification&apos;s text: %1 is the pull request&apos;s title, %2 its repository&apos;s full name.</extracomment>
         <translation>%1 — %2</translation>
+    </message>
+    <message>
+        <source>Open</source>
+        <comment>opens the notification&apos;s pull request</comment>
+        <translation>Öffnen</translation>
     </message>
 </context>
 <context>

@@ -54,13 +54,9 @@ int main(int argc, char *argv[])
     QCommandLineParser parser;
     parser.setApplicationDescription(QCoreApplication::translate(
         "KestrineApp",
-        "Review and merge the pull requests of a Gitea instance.
-
-        "
-        "Kestrine has one window: started while it runs, it brings that window to the front
-        "
-        "instead of opening another, and exits with status 0. The demo is an app of its own
-        "
+        "Review and merge the pull requests of a Gitea instance.\n\n"
+        "Kestrine has one window: started while it runs, it brings that window to the front\n"
+        "instead of opening another, and exits with status 0. The demo is an app of its own\n"
         "in that respect; it and your own can run side by side."));
     parser.addHelpOption();
     parser.addVersionOption();

@@ -2,6 +2,7 @@
 
 #include "defaultsstore.h"
 
+#include <QCoreApplication>
 #include <QCoroSignal>
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
@@ -101,8 +102,12 @@ void FreedesktopNotificationCenter::send(const QString &identifier, const QStrin
     };
     // The default action has no button of its own on most servers; those that draw one show its
     // label.
-    const QStringList actions =
-        m_opensPullRequests ? QStringList{defaultAction, QStringLiteral("Open")} : QStringList();
+    QStringList actions;
+    if (m_opensPullRequests) {
+        actions << defaultAction
+                << QCoreApplication::translate("NotificationService", "Open",
+                                               "opens the notification's pull request");
+    }
     // The summary is always plain text to a notification server; only bodies may be markup.
     notify << QStringLiteral("Kestrine") << uint(0) << desktopEntry << title << body << actions
            << hints << int(-1);
