@@ -319,10 +319,10 @@ private slots:
         const QStringList shipped =
             listEntries(sourcePath(QStringLiteral("debian/kestrine.install")));
 
-        const QSet<QString> installed(files.cbegin(), files.cend());
+        const QSet<QString> installedFiles(files.cbegin(), files.cend());
         const QSet<QString> named(shipped.cbegin(), shipped.cend());
-        QStringList notNamed = (installed - named).values();
-        QStringList notInstalled = (named - installed).values();
+        QStringList notNamed = (installedFiles - named).values();
+        QStringList notInstalled = (named - installedFiles).values();
         notNamed.sort();
         notInstalled.sort();
         QVERIFY2(notNamed.isEmpty(),
