@@ -12,7 +12,7 @@ CMAKE_FLAGS += -DCMAKE_CXX_COMPILER_LAUNCHER=ccache
 endif
 
 .PHONY: all deps configure build test test-asan run install screenshots screenshots-de bench \
-        format clean check-packages translations
+        format clean check-packages translations deb
 
 all: build
 
@@ -114,6 +114,16 @@ translations: configure
 install: build
 	@DESTDIR="$(DESTDIR)" cmake --install $(BUILD_DIR) --prefix "$(PREFIX)"
 
+# The Debian package, built from a copy of the tree in DEB_BUILD_DIR by dpkg-buildpackage -us -uc -b,
+# then checked by tools/check-deb and lintian (tools/build-deb). Installs what it needs besides
+# `make deps` from tools/deb-packages.txt. DEB_BUILD_OPTIONS are passed on: nocheck skips the unit
+# tests and builds only what the package ships.
+DEB_BUILD_DIR ?= $(BUILD_DIR)-deb
+
+deb: deps
+	@tools/install-deps tools/deb-packages.txt
+	@tools/build-deb --jobs $(JOBS) $(DEB_BUILD_DIR)
+
 # Traces the test suite, the app, kestrine-cli and the screenshot tool with strace and fails when
 # a Debian package whose files they open is neither in tools/debian-packages.txt nor pulled in by
 # one (Depends and Pre-Depends only, as `make deps` installs no Recommends). Needs strace, which
@@ -128,7 +138,7 @@ format:
 	@git ls-files '*.cpp' '*.h' | xargs clang-format -i
 
 clean:
-	@rm -rf $(BUILD_DIR) $(ASAN_BUILD_DIR)
+	@rm -rf $(BUILD_DIR) $(ASAN_BUILD_DIR) $(DEB_BUILD_DIR)
 
 # Fuzzing. The libFuzzer targets of fuzz/ build with clang in FUZZ_BUILD_DIR: `make test` runs each
 # for FUZZ_TEST_SECONDS, `make fuzz` for FUZZ_SECONDS each, keeping what it finds in a corpus that

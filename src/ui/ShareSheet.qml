@@ -19,6 +19,8 @@ Sheet {
     // What the last action did, shown at the bottom of the sheet.
     property string status
     property bool statusIsError: false
+    // The dialog "Save to file…" opens.
+    readonly property alias saveDialog: saveDialog
 
     function copy() {
         ShareService.copyText(sharedText);

@@ -1,76 +1,24 @@
 // The desktop integration: what `make install` puts where, and whether desktop-file-validate,
 // appstreamcli and systemd-analyze accept the installed files.
 
+#include "installtools.h"
+
 #include <QDir>
-#include <QDirIterator>
 #include <QFile>
-#include <QProcess>
 #include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QtTest>
+
+using namespace kestrine::testing;
 
 namespace {
 
 const QString appID = QStringLiteral("com.norrum.kestrine");
 
-struct ToolResult
-{
-    int exitCode = -1;
-    QString output;
-};
-
-/// Runs `program` to its end; its standard output and error together.
-ToolResult
-runTool(const QString &program, const QStringList &arguments,
-        const QProcessEnvironment &environment = QProcessEnvironment::systemEnvironment())
-{
-    QProcess process;
-    process.setProcessEnvironment(environment);
-    process.setProcessChannelMode(QProcess::MergedChannels);
-    process.start(program, arguments);
-    if (!process.waitForFinished(60000) || process.exitStatus() != QProcess::NormalExit)
-        return {};
-    return {process.exitCode(), QString::fromUtf8(process.readAll())};
-}
-
-QString readText(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
-}
-
-/// The value of `key` in an INI-style file's text (desktop entries, systemd units); the first one.
-QString iniValue(const QString &text, const QString &key)
-{
-    for (const QString &line : text.split(u'\n')) {
-        if (line.startsWith(key + u'='))
-            return line.mid(key.size() + 1);
-    }
-    return {};
-}
-
-/// Installs the "desktop" component into a staging folder under `prefix`; answers the files
-/// installed, relative to the staging folder.
+/// Installs the "desktop" component into a staging folder under `prefix`.
 QStringList install(const QTemporaryDir &staging, const QString &prefix)
 {
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert(QStringLiteral("DESTDIR"), staging.path());
-    const ToolResult result =
-        runTool(QStringLiteral(KESTRINE_CMAKE_COMMAND),
-                {QStringLiteral("--install"), QStringLiteral(KESTRINE_BUILD_DIR),
-                 QStringLiteral("--component"), QStringLiteral("desktop"),
-                 QStringLiteral("--prefix"), prefix},
-                environment);
-    if (result.exitCode != 0) {
-        qWarning().noquote() << result.output;
-        return {};
-    }
-    QStringList files;
-    QDirIterator it(staging.path(), QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
-    while (it.hasNext())
-        files.append(QDir(staging.path()).relativeFilePath(it.next()));
-    files.sort();
-    return files;
+    return installInto(staging.path(), prefix, QStringLiteral("desktop"));
 }
 
 } // namespace

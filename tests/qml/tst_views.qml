@@ -197,6 +197,18 @@ Item {
             compare(ShareService.clipboardText(), view.log.text);
         }
 
+        // Where the platform offers no file dialog of its own (here: none), Qt Quick Dialogs
+        // shows its own, written in QML over Qt.labs.folderlistmodel.
+        function test_saveToFileOpensTheFileDialog() {
+            const view = openLog(98);
+            mouseClick(find(view, "shareButton"));
+            tryVerify(() => view.shareSheet.opened);
+            mouseClick(find(view.shareSheet.contentItem, "saveRow"));
+            tryVerify(() => view.shareSheet.saveDialog.visible);
+            view.shareSheet.saveDialog.reject();
+            tryVerify(() => !view.shareSheet.saveDialog.visible);
+        }
+
         // The Markdown view's lines, in order: the items its loaders show.
         function linesOf(item) {
             const lines = [];
