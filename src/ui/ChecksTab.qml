@@ -12,6 +12,24 @@ TabScroll {
     signal rerun(double runID, string runName)
     signal openLogs(double runID, double jobID, string jobName)
 
+    // A card of the tab: its content in a column, padded.
+    component CheckCard: Rectangle {
+        default property alias content: cardColumn.data
+
+        width: parent ? parent.width : 0
+        implicitHeight: cardColumn.implicitHeight + 20
+        radius: 8
+        color: Theme.secondaryBackground
+
+        ColumnLayout {
+            id: cardColumn
+            x: 10
+            y: 10
+            width: parent.width - 20
+            spacing: 8
+        }
+    }
+
     Label {
         objectName: "noRuns"
         textFormat: Text.PlainText
@@ -25,7 +43,7 @@ TabScroll {
 
     Repeater {
         model: root.vm.runsModel
-        delegate: Rectangle {
+        delegate: CheckCard {
             id: card
             required property double runID
             required property string name
@@ -34,169 +52,144 @@ TabScroll {
             required property QtObject jobs
 
             objectName: "runCard_" + runID
-            width: parent.width
-            implicitHeight: cardColumn.implicitHeight + 20
-            radius: 8
-            color: Theme.secondaryBackground
 
-            ColumnLayout {
-                id: cardColumn
-                x: 10
-                y: 10
-                width: parent.width - 20
+            RowLayout {
+                Layout.fillWidth: true
                 spacing: 8
+                CICircle {
+                    objectName: "runStatus"
+                    status: card.ciStatus
+                }
+                Label {
+                    objectName: "runName"
+                    textFormat: Text.PlainText
+                    Layout.fillWidth: true
+                    text: card.name
+                    elide: Text.ElideRight
+                    color: Theme.primaryText
+                    font.pixelSize: Theme.subheadline
+                    font.weight: Font.DemiBold
+                }
+                Label {
+                    objectName: "runTime"
+                    textFormat: Text.PlainText
+                    text: RelativeTime.abbreviated(card.createdAt, RelativeTime.now)
+                    color: Theme.secondaryText
+                    font.pixelSize: Theme.caption2
+                }
+            }
 
-                RowLayout {
+            Repeater {
+                model: card.jobs
+                delegate: RowLayout {
+                    id: jobRow
+                    required property double jobID
+                    required property string name
+                    required property int ciStatus
+                    required property bool failed
+                    required property bool hasRun
+
+                    objectName: "jobRow_" + jobID
                     Layout.fillWidth: true
                     spacing: 8
+
                     CICircle {
-                        objectName: "runStatus"
-                        status: card.ciStatus
+                        objectName: "jobStatus"
+                        status: jobRow.ciStatus
                     }
                     Label {
-                        objectName: "runName"
+                        objectName: "jobName"
                         textFormat: Text.PlainText
                         Layout.fillWidth: true
-                        text: card.name
+                        text: jobRow.name
                         elide: Text.ElideRight
                         color: Theme.primaryText
-                        font.pixelSize: Theme.subheadline
-                        font.weight: Font.DemiBold
+                        font.pixelSize: Theme.caption
                     }
-                    Label {
-                        objectName: "runTime"
-                        textFormat: Text.PlainText
-                        text: RelativeTime.abbreviated(card.createdAt, RelativeTime.now)
-                        color: Theme.secondaryText
-                        font.pixelSize: Theme.caption2
+                    SmallButton {
+                        objectName: "rerunButton"
+                        visible: jobRow.failed
+                        text: qsTr("Re-run", "re-run the job's workflow run")
+                        onClicked: root.rerun(card.runID, card.name)
                     }
-                }
-
-                Repeater {
-                    model: card.jobs
-                    delegate: RowLayout {
-                        id: jobRow
-                        required property double jobID
-                        required property string name
-                        required property int ciStatus
-                        required property bool failed
-                        required property bool hasRun
-
-                        objectName: "jobRow_" + jobID
-                        Layout.fillWidth: true
-                        spacing: 8
-
-                        CICircle {
-                            objectName: "jobStatus"
-                            status: jobRow.ciStatus
-                        }
-                        Label {
-                            objectName: "jobName"
-                            textFormat: Text.PlainText
-                            Layout.fillWidth: true
-                            text: jobRow.name
-                            elide: Text.ElideRight
-                            color: Theme.primaryText
-                            font.pixelSize: Theme.caption
-                        }
-                        SmallButton {
-                            objectName: "rerunButton"
-                            visible: jobRow.failed
-                            text: qsTr("Re-run", "re-run the job's workflow run")
-                            onClicked: root.rerun(card.runID, card.name)
-                        }
-                        SmallButton {
-                            objectName: "logsButton"
-                            visible: jobRow.hasRun
-                            text: qsTr("Logs", "the job's log")
-                            onClicked: root.openLogs(card.runID, jobRow.jobID, jobRow.name)
-                        }
+                    SmallButton {
+                        objectName: "logsButton"
+                        visible: jobRow.hasRun
+                        text: qsTr("Logs", "the job's log")
+                        onClicked: root.openLogs(card.runID, jobRow.jobID, jobRow.name)
                     }
                 }
             }
         }
     }
 
-    Rectangle {
-        id: statusesCard
+    CheckCard {
         objectName: "statusesCard"
         visible: root.vm.statusesModel.count > 0
-        width: parent.width
-        implicitHeight: statusesColumn.implicitHeight + 20
-        radius: 8
-        color: Theme.secondaryBackground
 
-        ColumnLayout {
-            id: statusesColumn
-            x: 10
-            y: 10
-            width: parent.width - 20
-            spacing: 8
+        Label {
+            textFormat: Text.PlainText
+            Layout.fillWidth: true
+            text: qsTr("Commit statuses")
+            color: Theme.primaryText
+            font.pixelSize: Theme.subheadline
+            font.weight: Font.DemiBold
+        }
 
-            Label {
-                textFormat: Text.PlainText
+        Repeater {
+            model: root.vm.statusesModel
+            delegate: RowLayout {
+                id: statusRow
+                required property int index
+                required property string context
+                required property string description
+                required property int ciStatus
+                required property string detailsUrl
+
+                objectName: "statusRow_" + index
                 Layout.fillWidth: true
-                text: qsTr("Commit statuses")
-                color: Theme.primaryText
-                font.pixelSize: Theme.subheadline
-                font.weight: Font.DemiBold
-            }
+                spacing: 8
 
-            Repeater {
-                model: root.vm.statusesModel
-                delegate: RowLayout {
-                    id: statusRow
-                    required property int index
-                    required property string context
-                    required property string description
-                    required property int ciStatus
-                    required property string detailsUrl
-
-                    objectName: "statusRow_" + index
+                CICircle {
+                    objectName: "statusCircle"
+                    Layout.alignment: Qt.AlignTop
+                    Layout.topMargin: 3
+                    status: statusRow.ciStatus
+                }
+                ColumnLayout {
                     Layout.fillWidth: true
-                    spacing: 8
-
-                    CICircle {
-                        objectName: "statusCircle"
-                        Layout.alignment: Qt.AlignTop
-                        Layout.topMargin: 3
-                        status: statusRow.ciStatus
-                    }
-                    ColumnLayout {
+                    spacing: 2
+                    Label {
+                        objectName: "statusContext"
+                        textFormat: Text.PlainText
                         Layout.fillWidth: true
-                        spacing: 2
-                        Label {
-                            objectName: "statusContext"
-                            textFormat: Text.PlainText
-                            Layout.fillWidth: true
-                            visible: text !== ""
-                            text: statusRow.context
-                            // A context is a path ("ci/woodpecker/pr/build"): its end tells
-                            // them apart.
-                            elide: Text.ElideMiddle
-                            color: Theme.primaryText
-                            font.pixelSize: Theme.caption
-                        }
-                        Label {
-                            objectName: "statusDescription"
-                            textFormat: Text.PlainText
-                            Layout.fillWidth: true
-                            visible: text !== ""
-                            text: statusRow.description
-                            wrapMode: Text.Wrap
-                            maximumLineCount: 3
-                            elide: Text.ElideRight
-                            color: Theme.secondaryText
-                            font.pixelSize: Theme.caption2
-                        }
+                        visible: text !== ""
+                        text: statusRow.context
+                        // A context is a path ("ci/woodpecker/pr/build"): its end tells
+                        // them apart.
+                        elide: Text.ElideMiddle
+                        color: Theme.primaryText
+                        font.pixelSize: Theme.caption
                     }
-                    SmallButton {
-                        objectName: "statusDetailsButton"
-                        Layout.alignment: Qt.AlignTop
-                        visible: statusRow.detailsUrl !== ""
-                        text: qsTr("Details", "opens the commit status's page")
-                        onClicked: ExternalLinks.open(statusRow.detailsUrl)
+                    Label {
+                        objectName: "statusDescription"
+                        textFormat: Text.PlainText
+                        Layout.fillWidth: true
+                        visible: text !== ""
+                        text: statusRow.description
+                        wrapMode: Text.Wrap
+                        maximumLineCount: 3
+                        elide: Text.ElideRight
+                        color: Theme.secondaryText
+                        font.pixelSize: Theme.caption2
                     }
+                }
+                SmallButton {
+                    objectName: "statusDetailsButton"
+                    Layout.alignment: Qt.AlignTop
+                    visible: statusRow.detailsUrl !== ""
+                    text: qsTr("Details", "opens the commit status's page")
+                    onClicked: ExternalLinks.open(statusRow.detailsUrl)
                 }
             }
         }
