@@ -31,9 +31,8 @@ std::optional<qint64> positiveNumber(QStringView text)
 /// body carried.
 std::optional<qint64> announcedTotal(const Response &response, const PageContent &content)
 {
-    const QByteArray header = response.header("X-Total-Count").trimmed();
-    if (!header.isNull())
-        return positiveNumber(QString::fromLatin1(header));
+    if (!response.header("X-Total-Count").isNull())
+        return totalCountHeader(response);
     return content.total;
 }
 
@@ -69,6 +68,11 @@ std::optional<NextPage> nextPage(const Response &response, qint64 currentPage,
 }
 
 } // namespace
+
+std::optional<qint64> totalCountHeader(const Response &response)
+{
+    return positiveNumber(QString::fromLatin1(response.header("X-Total-Count").trimmed()));
+}
 
 QCoro::Task<std::optional<ListCut>> getPages(GiteaClient client, QString path, PageReader read)
 {

@@ -4,6 +4,7 @@
 // layer's public surface.
 
 #include "giteaclient.h"
+#include "requestcore_p.h"
 
 #include <QByteArray>
 #include <QCoroTask>
@@ -23,6 +24,10 @@ struct PageContent
 
 /// Decodes one page's body and keeps its items; throws as decoding does.
 using PageReader = std::function<PageContent(const QByteArray &body)>;
+
+/// The list's size that the answer's "X-Total-Count" header announces, when it holds a whole number
+/// above zero.
+std::optional<qint64> totalCountHeader(const Response &response);
 
 /// GETs `path` without a query, then every further page the answers name, up to
 /// GiteaClient::maxListPages requests, handing each body to `read` in order. The next page is the

@@ -14,6 +14,7 @@
 #include <QtTest>
 
 using namespace kestrine;
+using namespace std::chrono_literals;
 using kestrine::testing::ClientTestCase;
 using kestrine::testing::runToEnd;
 
@@ -37,6 +38,20 @@ QJsonObject jsonObject(const QByteArray &bytes)
     return QJsonDocument::fromJson(bytes).object();
 }
 
+/// How a scripted repository list answers beyond its items.
+struct RepositoryListing
+{
+    /// The page that fails with a 500.
+    int failingPage = 0;
+    /// The "X-Total-Count" every page carries, as Gitea's does; none without.
+    std::optional<int> announcedTotal = std::nullopt;
+    /// Pages from this one on are never answered.
+    int firstSilentPage = 0;
+    /// Page 2 is answered this much later than page 10, and every page in between an eighth
+    /// of it less per page: the answers arrive in the reverse of page order.
+    std::chrono::milliseconds staggered{0};
+};
+
 } // namespace
 
 class TestEndpoints : public ClientTestCase
@@ -45,19 +60,41 @@ class TestEndpoints : public ClientTestCase
 
 private:
     /// Serves `total` repositories in Gitea's pages of `limit`, and records nothing else.
-    void serveRepositories(int total, int failingPage = 0)
+    void serveRepositories(int total, RepositoryListing listing = {})
     {
         server->route("GET", QStringLiteral("/api/v1/user/repos"),
-                      [total, failingPage](const RecordedRequest &request, const RouteParams &) {
+                      [total, listing](const RecordedRequest &request, const RouteParams &) {
                           const QUrlQuery query(QString::fromLatin1(request.rawQuery));
                           const int page = query.queryItemValue(QStringLiteral("page")).toInt();
                           const int limit = query.queryItemValue(QStringLiteral("limit")).toInt();
-                          if (page == failingPage)
-                              return FakeResponse::json(R"({"message":"boom"})", 500);
-                          const int first = (page - 1) * limit;
-                          const int count = std::clamp(total - first, 0, limit);
-                          return FakeResponse::json(repositoryPage(first, count));
+                          if (listing.firstSilentPage > 0 && page >= listing.firstSilentPage)
+                              return FakeResponse::never();
+                          FakeResponse answer =
+                              page == listing.failingPage
+                                  ? FakeResponse::json(R"({"message":"boom"})", 500)
+                                  : FakeResponse::json(repositoryPage(
+                                        (page - 1) * limit,
+                                        std::clamp(total - (page - 1) * limit, 0, limit)));
+                          if (listing.announcedTotal) {
+                              answer.headers.append(
+                                  {"X-Total-Count", QByteArray::number(*listing.announcedTotal)});
+                          }
+                          if (page >= 2)
+                              answer.delay = listing.staggered * (10 - page) / 8;
+                          return answer;
                       });
+    }
+
+    /// The "page" of each request for repositories, in the order they arrived.
+    QList<int> requestedRepositoryPages() const
+    {
+        QList<int> pages;
+        for (const RecordedRequest &request : server->requests("GET", "/api/v1/user/repos")) {
+            pages.append(QUrlQuery(QString::fromLatin1(request.rawQuery))
+                             .queryItemValue(QStringLiteral("page"))
+                             .toInt());
+        }
+        return pages;
     }
 
 private slots:
@@ -103,11 +140,92 @@ private slots:
 
     void failureOnPageThreeFailsTheWholeCall()
     {
-        serveRepositories(600, 3);
+        serveRepositories(600, {.failingPage = 3});
         const auto outcome = runToEnd(client().repos());
         QVERIFY(!outcome.value);
         QCOMPARE(*outcome.errorAs<APIError>(), APIError::httpStatus(500, QStringLiteral("boom")));
         QCOMPARE(server->requests().size(), 3);
+    }
+
+    void aCountedListAsksForEveryPageItWillReachTogether()
+    {
+        // Pages 2 on are never answered, so only pages asked for before any answer came are seen.
+        serveRepositories(600, {.announcedTotal = 600, .firstSilentPage = 2});
+        const auto outcome = runToEnd(client(QStringLiteral("s3cret"), 1500ms).repos());
+        QVERIFY(outcome.errorAs<TransportError>());
+        QList<int> pages = requestedRepositoryPages();
+        std::sort(pages.begin(), pages.end());
+        QCOMPARE(pages, (QList<int>{1, 2, 3, 4, 5, 6, 7, 8, 9, 10}));
+    }
+
+    void aCountedListKeepsPageOrderWhenLaterPagesAnswerFirst()
+    {
+        serveRepositories(600, {.announcedTotal = 600, .staggered = 400ms});
+        const auto outcome = runToEnd(client().repos());
+        QVERIFY(!outcome.error);
+        QCOMPARE(outcome.value->size(), 500);
+        for (int i = 0; i < 500; ++i)
+            QCOMPARE(outcome.value->at(i).fullName, QStringLiteral("ann/r%1").arg(i));
+        QCOMPARE(server->requests().size(), 10);
+        QCOMPARE(log.lines.size(), 10);
+    }
+
+    void aCountedListOfFiftyAsksForTheEmptySecondPageOnly()
+    {
+        serveRepositories(50, {.announcedTotal = 50});
+        const auto outcome = runToEnd(client().repos());
+        QCOMPARE(outcome.value->size(), 50);
+        QCOMPARE(requestedRepositoryPages(), (QList<int>{1, 2}));
+    }
+
+    void aCountedListOfSevenTakesOneRequest()
+    {
+        serveRepositories(7, {.announcedTotal = 7});
+        QCOMPARE(runToEnd(client().repos()).value->size(), 7);
+        QCOMPARE(requestedRepositoryPages(), QList<int>{1});
+    }
+
+    void aListLongerThanItsCountIsWalkedToItsEnd()
+    {
+        // The count says 60 (two pages); the list has grown to 120 since.
+        serveRepositories(120, {.announcedTotal = 60});
+        const auto outcome = runToEnd(client().repos());
+        QCOMPARE(outcome.value->size(), 120);
+        QCOMPARE(outcome.value->last().fullName, QStringLiteral("ann/r119"));
+        QCOMPARE(requestedRepositoryPages(), (QList<int>{1, 2, 3}));
+    }
+
+    void aPageBeyondTheListsEndDoesNotFailTheCall()
+    {
+        // The count says 600, but the list ends on page 3: page 5 was asked for ahead and failed.
+        serveRepositories(120, {.failingPage = 5, .announcedTotal = 600});
+        const auto outcome = runToEnd(client().repos());
+        QVERIFY(!outcome.error);
+        QCOMPARE(outcome.value->size(), 120);
+        QCOMPARE(outcome.value->last().fullName, QStringLiteral("ann/r119"));
+    }
+
+    void aFailureOnACountedPageFailsTheWholeCall()
+    {
+        serveRepositories(600, {.failingPage = 3, .announcedTotal = 600});
+        const auto outcome = runToEnd(client().repos());
+        QVERIFY(!outcome.value);
+        QCOMPARE(*outcome.errorAs<APIError>(), APIError::httpStatus(500, QStringLiteral("boom")));
+    }
+
+    void aCountThatIsNotANumberMeansOnePageAtATime()
+    {
+        server->route("GET", QStringLiteral("/api/v1/user/repos"),
+                      [](const RecordedRequest &request, const RouteParams &) {
+                          const bool first = request.rawQuery.startsWith("page=1&");
+                          FakeResponse answer = FakeResponse::json(first ? repositoryPage(0, 50)
+                                                                         : repositoryPage(50, 0));
+                          answer.headers.emplaceBack("X-Total-Count", "5e2");
+                          return answer;
+                      });
+        const auto outcome = runToEnd(client().repos());
+        QCOMPARE(outcome.value->size(), 50);
+        QCOMPARE(requestedRepositoryPages(), (QList<int>{1, 2}));
     }
 
     void undecodableRepositoryPageIsADecodingError()
