@@ -7,14 +7,19 @@
 
 #include <QCoreApplication>
 #include <QCoroFuture>
+#include <QCoroTimer>
 #include <QPointer>
 #include <algorithm>
+#include <chrono>
 #include <coroutine>
 #include <memory>
 #include <variant>
 
 namespace kestrine {
 namespace {
+
+/// How many repositories' pull request lists are asked for in one turn of the event loop.
+constexpr qsizetype requestsPerTurn = 16;
 
 /// What one repository's request came back with.
 using RepositoryOutcome = std::variant<QList<PRRow>, QString>;
@@ -155,8 +160,16 @@ QCoro::Task<> InboxViewModel::load()
     // The last child resumes this coroutine from inside its own call, so the children share the
     // collector's ownership.
     const auto collector = std::make_shared<OutcomeCollector>(selected.size());
-    for (const Repository &repo : selected)
-        fetchRepository(client, repo, collector);
+    for (qsizetype i = 0; i < selected.size(); ++i) {
+        // Starting a request takes the main thread about 40 µs; 200 in one go would hold input
+        // and drawing for 8 ms. Between batches, a zero timer lets what waits go first.
+        if (i > 0 && i % requestsPerTurn == 0) {
+            co_await QCoro::sleepFor(std::chrono::milliseconds(0));
+            if (!self)
+                co_return;
+        }
+        fetchRepository(client, selected.at(i), collector);
+    }
     co_await collector->allAdded();
     if (!self)
         co_return;
