@@ -28,7 +28,6 @@ QtObject {
         "square.and.arrow.down": "square-and-arrow-down.svg",
         "square.and.arrow.up": "square-and-arrow-up.svg",
         "tray": "tray.svg",
-        "xmark": "xmark.svg",
         "xmark.circle.fill": "xmark-circle-fill.svg"
     })
 
