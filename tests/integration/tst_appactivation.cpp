@@ -44,6 +44,7 @@ struct Run
 {
     /// -1 when it had not ended after the time allowed (it is killed then).
     int exitCode = -1;
+    QString out;
     QString err;
 };
 
@@ -156,11 +157,14 @@ private:
     }
 
     /// Runs `kestrine` with `arguments` while this process keeps answering on the bus.
-    static Run runKestrine(const QStringList &arguments, int timeoutMs = 20000)
+    static Run
+    runKestrine(const QStringList &arguments, int timeoutMs = 20000,
+                const QProcessEnvironment &environment = QProcessEnvironment::systemEnvironment())
     {
         QProcess process;
         process.setProgram(QStringLiteral(KESTRINE_APP_PATH));
         process.setArguments(arguments);
+        process.setProcessEnvironment(environment);
         process.start();
         Run run;
         if (!process.waitForStarted())
@@ -173,6 +177,7 @@ private:
         } else if (process.exitStatus() == QProcess::NormalExit) {
             run.exitCode = process.exitCode();
         }
+        run.out = QString::fromUtf8(process.readAllStandardOutput());
         run.err = QString::fromUtf8(process.readAllStandardError());
         return run;
     }
@@ -397,6 +402,43 @@ private slots:
         QVERIFY(!run.err.contains(QStringLiteral("bo/")));
         QTest::qWait(200);
         QVERIFY(!window->isExposed());
+        QCOMPARE(screens(), QStringList{QStringLiteral("inboxView")});
+    }
+
+    void whatEndsAtTheCommandLineNeedsNoDisplay_data()
+    {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<int>("exitCode");
+        QTest::addColumn<QString>("outStart");
+        QTest::addColumn<QString>("errStart");
+        QTest::newRow("help") << QStringList{"--help"} << 0 << QStringLiteral("Usage: ")
+                              << QString();
+        QTest::newRow("h") << QStringList{"-h"} << 0 << QStringLiteral("Usage: ") << QString();
+        QTest::newRow("version") << QStringList{"--version"} << 0 << QStringLiteral("kestrine ")
+                                 << QString();
+        QTest::newRow("unknown option") << QStringList{"--opne"} << 2 << QString()
+                                        << QStringLiteral("kestrine: Unknown option 'opne'.");
+        QTest::newRow("bad reference") << QStringList{"--open", "site#7"} << 2 << QString()
+                                       << QStringLiteral("kestrine: --open takes ");
+    }
+
+    void whatEndsAtTheCommandLineNeedsNoDisplay()
+    {
+        QFETCH(QStringList, arguments);
+        QFETCH(int, exitCode);
+        QFETCH(QString, outStart);
+        QFETCH(QString, errStart);
+        // A terminal over SSH: no X display, no Wayland, no platform asked for.
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        for (const char *name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"})
+            environment.remove(QString::fromLatin1(name));
+
+        const Run run = runKestrine(arguments, 20000, environment);
+
+        QCOMPARE(run.exitCode, exitCode);
+        QVERIFY2(run.out.startsWith(outStart), qPrintable(run.out));
+        QVERIFY2(run.err.startsWith(errStart), qPrintable(run.err));
+        QVERIFY2(!run.err.contains(QStringLiteral("platform plugin")), qPrintable(run.err));
         QCOMPARE(screens(), QStringList{QStringLiteral("inboxView")});
     }
 
